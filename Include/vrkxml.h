@@ -1,0 +1,561 @@
+/*
+ * libvrkxml: a small XML library.
+ *
+ * Parses UTF-8 or UTF-16 text into a tree of 16-bit strings, lets the caller
+ * read and edit that tree, and writes it back as UTF-8 or UTF-16 through a
+ * callback.  This header is the whole public interface and its reference.
+ *
+ * Conventions that hold throughout:
+ *  - Strings are zero-terminated arrays of UniChar (16-bit units in the
+ *    machine's byte order).  Lengths are counts of units unless a comment
+ *    says bytes.  No unit pointer needs to be aligned: the library reads and
+ *    writes units byte by byte.
+ *  - Every block the library hands out comes from malloc and belongs to the
+ *    caller, who releases it with free (strings) or vrkDOM_destroyNode (nodes).
+ *  - Operations with "Real" in their family name can fail.  They take the
+ *    caller's source location first and a vrkDOMException last.  If the
+ *    record already holds a code they do nothing and return null or 0, so the
+ *    first failure survives a chain of calls.  On a failure of their own they
+ *    fill all five fields and return null or 0.  They never clear the record.
+ *  - Operations without "Real" cannot fail; a miss is null.
+ *  - A null argument where a comment does not allow one is a limit the caller
+ *    respects.
+ *  - The library keeps no mutable global state and takes no lock: separate
+ *    trees may be used from separate threads at once; one tree must not be
+ *    used from two threads at once.
+ */
+#ifndef VRKXML_H
+#define VRKXML_H
+
+#include <stddef.h>
+#include <stdint.h>
+
+#if defined(__GNUC__)
+#pragma GCC visibility push(default)
+#endif
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/* ------------------------------------------------------------------------ */
+/* Types                                                                    */
+/* ------------------------------------------------------------------------ */
+
+/* One 16-bit code unit in the machine's byte order. */
+typedef uint16_t UniChar;
+
+typedef struct vrkNode vrkNode;
+
+/* The attribute list held inside every node: `count` attributes chained
+ * through their `previous` and `next` fields from `first`.  Zeroed is empty. */
+typedef struct vrkNamedNodeMap {
+    int32_t  count;
+    vrkNode *first;
+} vrkNamedNodeMap;
+
+/* The one record for every kind of node.  Read the fields directly; there
+ * are no accessors.  By kind:
+ *   element, attribute: name = qualified name as written (heap);
+ *                       attribute value = heap string, null until set;
+ *                       namespaceURI, prefix, localName = heap strings or null.
+ *   text:               name = static "#text", value = heap string.
+ *   CDATA section:      name = static "#cdata-section", value = heap string.
+ *   processing instr.:  name = target, value = data (both heap).
+ *   document:           name = static "#document", value = null.
+ * Every heap string belongs to the node and goes with it. */
+struct vrkNode {
+    UniChar        *name;
+    UniChar        *value;
+    int32_t         type;
+    vrkNamedNodeMap attributes;
+    vrkNode        *parent;
+    vrkNode        *firstChild;
+    vrkNode        *lastChild;
+    vrkNode        *previous;
+    vrkNode        *next;
+    UniChar        *namespaceURI;
+    UniChar        *prefix;
+    UniChar        *localName;
+};
+
+/* The failure record of tree operations.  The caller owns it; `code` is 0
+ * while nothing is pending.  `file`/`line` name the reporting site inside the
+ * library ("Source/dom" or "Source/xmlparser"); `callerFile`/`callerLine` are
+ * the location arguments of the failed call. */
+typedef struct vrkDOMException {
+    int32_t     code;
+    const char *file;
+    int32_t     line;
+    const char *callerFile;
+    int32_t     callerLine;
+} vrkDOMException;
+
+/* The failure record of a parse.  Its first five fields are laid out exactly
+ * as in vrkDOMException.  `offset` counts 16-bit units of the decoded text
+ * from its start (a byte order mark counts as one unit); `message` is a
+ * static text or null. */
+typedef struct vrkParseError {
+    int32_t     code;
+    const char *file;
+    int32_t     line;
+    const char *callerFile;
+    int32_t     callerLine;
+    int32_t     offset;
+    const char *message;
+} vrkParseError;
+
+/* A stretch of parsed text: `start` is its first unit, `end` its last
+ * (inclusive); an empty token has `end` one unit below `start`.  It owns
+ * nothing and is valid only while the parse runs. */
+typedef struct Token {
+    UniChar *start;
+    UniChar *end;
+} Token;
+
+/* One namespace declaration in scope during a parse; points into the text. */
+typedef struct NameSpaceStackEntry {
+    int32_t                     depth;
+    UniChar                    *prefix;
+    int32_t                     prefixLength;
+    UniChar                    *uri;
+    int32_t                     uriLength;
+    struct NameSpaceStackEntry *next;
+} NameSpaceStackEntry;
+
+/* The parser's working state, one per parse.  `textEnd` is the last unit of
+ * the text (a zero unit always follows it). */
+typedef struct ProduceContext {
+    UniChar             *textStart;
+    UniChar             *textEnd;
+    UniChar             *cursor;
+    vrkNode             *document;
+    vrkNode             *current;
+    int32_t              depth;
+    NameSpaceStackEntry *nameSpaceStack;
+    vrkParseError        error;
+} ProduceContext;
+
+/* One predefined entity reference: the character, and the reference as
+ * written ("&lt;") with its length in units. */
+typedef struct PredefEntity {
+    UniChar        character;
+    int32_t        length;
+    const UniChar *text;
+} PredefEntity;
+
+/* Scratch buffer of one serialization: `capacity` + 1 bytes at `data`. */
+typedef struct SerializeBuffer {
+    char   *data;
+    int32_t capacity;
+} SerializeBuffer;
+
+/* The caller's output callback: `length` bytes at `data`, valid only during
+ * the call.  The return value is ignored by the library. */
+typedef int (*vrkWriteFunc)(const void *data, uint32_t length, void *userData);
+
+/* ------------------------------------------------------------------------ */
+/* Constants                                                                */
+/* ------------------------------------------------------------------------ */
+
+/* Node types (the DOM's nodeType values). */
+#define ELEMENT_NODE                1
+#define ATTRIBUTE_NODE              2
+#define TEXT_NODE                   3
+#define CDATA_SECTION_NODE          4
+#define PROCESSING_INSTRUCTION_NODE 7
+#define DOCUMENT_NODE               9
+
+/* Results of every Produce_ function. */
+#define PRODUCE_OK       0 /* matched; the cursor is behind what it consumed  */
+#define PRODUCE_NO_MATCH 1 /* not this production; the cursor is unmoved     */
+#define PRODUCE_ERROR    2 /* failed; the first error is in context->error   */
+
+/* Encoding ids: results of IdentifyCharacterEncoding, and the encoding
+ * argument of vrkDOM_serialize (which takes UTF8 or UTF16). */
+#define ENCODING_UNKNOWN       0
+#define ENCODING_UTF8          2
+#define ENCODING_UTF16         3 /* UTF-16 in the machine's byte order      */
+#define ENCODING_UTF16_SWAPPED 4 /* UTF-16 in the opposite byte order       */
+
+/* Error codes: one number space for the parser and the tree operations. */
+#define ERR_OUT_OF_MEMORY        1  /* an allocation failed                        */
+#define ERR_XMLDECL_VERSION      5  /* XML declaration without version info        */
+#define ERR_BAD_ENCODING         6  /* encoding is neither UTF-8 nor UTF-16        */
+#define ERR_XMLDECL_END          7  /* XML declaration not closed by ?>            */
+#define ERR_UNTERMINATED         8  /* comment or CDATA section not closed         */
+#define ERR_COMMENT_HYPHENS      9  /* two hyphens inside a comment                */
+#define ERR_CLOSING_QUOTE        10 /* declaration value without closing quote     */
+#define ERR_ENCODING_DECL        11 /* bad encoding declaration, or corrupt UTF-8  */
+#define ERR_NO_ROOT_ELEMENT      12 /* the document has no root element            */
+#define ERR_END_TAG              14 /* end tag missing or not matching             */
+#define ERR_CHAR_REF             15 /* malformed character reference               */
+#define ERR_ATTVALUE_END         17 /* attribute value not closed                  */
+#define ERR_NSATT_NAME           18 /* xmlns: not followed by an NCName            */
+#define ERR_EQ_MISSING           19 /* = of an attribute or declaration missing    */
+#define ERR_OPENING_QUOTE        20 /* value does not begin with a quote           */
+#define ERR_DECL_VALUE           21 /* invalid version or standalone value         */
+#define ERR_TAG_END              22 /* closing > of a tag missing                  */
+#define ERR_ETAG_NAME            23 /* end tag without a valid name                */
+#define ERR_UNDECLARED_PREFIX    24 /* namespace prefix not declared               */
+#define ERR_BAD_PI               25 /* malformed processing instruction            */
+#define ERR_DUPLICATE_ATTRIBUTE  26 /* a start tag repeats an attribute name       */
+#define ERR_HIERARCHY_REQUEST    29 /* the node may not be placed there            */
+#define ERR_NOT_FOUND            34 /* the node is not a child of that parent      */
+#define ERR_NAMESPACE            40 /* namespace name or prefix missing            */
+
+/* ------------------------------------------------------------------------ */
+/* Exported data                                                            */
+/* ------------------------------------------------------------------------ */
+
+/* The five predefined entity references, in the order <, >, &, ', ". */
+extern const PredefEntity predefEnt[5];
+/* "&lt;", "&gt;", "&amp;", "&apos;", "&quot;" as zero-terminated strings. */
+extern const UniChar xmllt[], xmlgt[], xmlamp[], xmlapos[], xmlquot[];
+/* "xmlns"; the namespace names reserved for the prefixes xml and xmlns. */
+extern const UniChar UCSxmlns[], XML10_NAMESPACE[], XMLNS_URI[];
+
+/* ------------------------------------------------------------------------ */
+/* Text: 16-bit strings, UTF-8 decoding and encoding                        */
+/* ------------------------------------------------------------------------ */
+/* These report through their results alone.  A destination `dest` is the
+ * caller's and must be large enough; none of them checks it. */
+
+/* Number of units ahead of the first zero unit. */
+int32_t  vrkunistrlen(const UniChar *s);
+/* Copies src with its terminator, forward; dest may overlap src from below.
+ * Returns dest. */
+UniChar *vrkunistrcpy(UniChar *dest, const UniChar *src);
+/* Copies src with its terminator behind the end of dest.  Returns dest. */
+UniChar *vrkunistrcat(UniChar *dest, const UniChar *src);
+/* Copies up to n units of src; pads with zero units up to n if src is
+ * shorter, and stores no terminator when src has n units or more.  Forward,
+ * so dest may overlap src from below.  Returns dest. */
+UniChar *vrkunistrncpy(UniChar *dest, const UniChar *src, int32_t n);
+/* New copy of s (caller frees), or null when memory runs out. */
+UniChar *vrkunistrdup(const UniChar *s);
+/* New string of exactly the n units at s and a terminator (caller frees), or
+ * null when memory runs out.  s must hold n units. */
+UniChar *unistrndup(const UniChar *s, int32_t n);
+/* As unistrndup: n units copied as they are, a zero unit behind them. */
+UniChar *vrkUniCharArrayToString(const UniChar *chars, int32_t n);
+/* First unit of s equal to the low 16 bits of c, or null; never the
+ * terminator, so c = 0 gives null. */
+UniChar *vrkunistrchr(const UniChar *s, int32_t c);
+/* Length of the leading run of s in which no unit of `set` occurs. */
+int32_t  vrkunistrcspn(const UniChar *s, const UniChar *set);
+/* Comparison that folds units below 256 through toupper (locale-dependent;
+ * a to z in the default locale); units from 256 compare exactly.  Negative,
+ * 0 or positive: the difference of the first mapped units that differ. */
+int32_t  vrkunistrcmp(const UniChar *a, const UniChar *b);
+/* Exact comparison of at most n units and of at least one (n <= 1 compares
+ * the first units).  Neither string is read past its terminator. */
+int32_t  vrkunistrncmp(const UniChar *a, const UniChar *b, int32_t n);
+
+/* Decodes one UTF-8 sequence at *cursor.  Returns the unit, or 0xFFFF on
+ * failure (bad lead or continuation byte, overlong form, surrogate, a value
+ * above 0xFFFF, and U+FFFF itself).  A bad lead byte leaves the cursor; a bad
+ * continuation byte leaves it on that byte; a complete sequence moves it
+ * behind the sequence whatever the verdict. */
+UniChar  vrkUTF8ToUniChar(const char **cursor);
+/* Number of units the zero-terminated UTF-8 text s decodes to, or -1 when it
+ * is malformed anywhere. */
+int32_t  vrkUTF8StrLen(const char *s);
+/* Decodes the zero-terminated UTF-8 text s.  With dest null: a new string
+ * (caller frees), or null when s is malformed (nothing allocated) or memory
+ * runs out.  With dest: decodes into dest unchecked and returns it; on
+ * malformed input returns null, dest then holding the units so far and the
+ * 0xFFFF unit, unterminated. */
+UniChar *vrkUTF8ToUniCharString(const char *s, UniChar *dest);
+/* 1 when the two bytes at p are FE FF, else 0. */
+int32_t  ShouldSwapUTF16(const void *p);
+/* Exchanges the two bytes of every unit of s in place, up to the first zero
+ * unit; a byte order mark is swapped like any other unit. */
+void     SwapUTF16(UniChar *s);
+
+/* Writes the 1, 2 or 3 UTF-8 bytes of one unit to dest (no terminator) and
+ * returns their number.  Surrogates are written one by one, never paired. */
+int32_t  vrkUniCharToUTF8(UniChar unit, char *dest);
+/* Number of UTF-8 bytes the whole of s needs (no terminator counted). */
+int32_t  vrkUniCharToUTF8Len(const UniChar *s);
+/* The same for at most the first n units; n <= 0 gives 0. */
+int32_t  vrkUniCharNToUTF8Len(const UniChar *s, int32_t n);
+/* Converts s to UTF-8 with a terminating zero byte.  With dest null a new
+ * block of exactly the needed size (caller frees), or null when memory runs
+ * out.  Returns the destination. */
+char    *vrkUniCharStringToUTF8(const UniChar *s, char *dest);
+/* The same for at most the first n units of s. */
+char    *vrkUniCharStringNToUTF8(const UniChar *s, int32_t n, char *dest);
+
+/* ------------------------------------------------------------------------ */
+/* Document and nodes                                                       */
+/* ------------------------------------------------------------------------ */
+
+/* A new, empty document (caller owns it), or null with ERR_OUT_OF_MEMORY. */
+vrkNode *vrkDOMReal_createDocument(const char *callerFile, int32_t callerLine,
+                                   vrkDOMException *exception);
+/* The first element child of a document; null for null, for a node that is
+ * no document, and for a document without an element child. */
+vrkNode *vrkDOM_getDocumentElement(vrkNode *document);
+/* Number of children of node, of all kinds (attributes do not count). */
+int32_t  vrkDOM_getNumberOfChildren(const vrkNode *node);
+/* Releases node and what it owns; null does nothing.  An element always
+ * takes its attributes along; with deep != 0 an element or document also
+ * takes all its children and their subtrees.  The node is not unlinked from
+ * its parent first: remove a linked node before destroying it.  The walk
+ * uses no recursion, so a tree of any depth is released. */
+void     vrkDOM_destroyNode(vrkNode *node, int32_t deep);
+
+/* ------------------------------------------------------------------------ */
+/* Factories, value and appending                                           */
+/* ------------------------------------------------------------------------ */
+/* Text arguments are unit arrays with a length; they need no terminator and
+ * are copied.  A factory's node is detached and belongs to the caller.  On
+ * exhausted memory: null, ERR_OUT_OF_MEMORY, nothing left allocated. */
+
+/* Element or attribute (by `type`) named `name`; no namespace fields. */
+vrkNode *vrkDOMReal_createEANode(const char *callerFile, int32_t callerLine, int32_t type,
+                                 const UniChar *name, int32_t nameLength,
+                                 vrkDOMException *exception);
+/* Element or attribute with name "prefix:localName".  namespaceURI may be
+ * null (the field stays null); prefix and localName are required. */
+vrkNode *vrkDOMReal_createEANodeNSP(const char *callerFile, int32_t callerLine, int32_t type,
+                                    const UniChar *namespaceURI, int32_t uriLength,
+                                    const UniChar *prefix, int32_t prefixLength,
+                                    const UniChar *localName, int32_t localNameLength,
+                                    vrkDOMException *exception);
+/* Text node holding a copy of text (empty for length 0, never null). */
+vrkNode *vrkDOMReal_createTextNode(const char *callerFile, int32_t callerLine,
+                                   const UniChar *text, int32_t textLength,
+                                   vrkDOMException *exception);
+/* CDATA section node holding a copy of text. */
+vrkNode *vrkDOMReal_createCDATASection(const char *callerFile, int32_t callerLine,
+                                       const UniChar *text, int32_t textLength,
+                                       vrkDOMException *exception);
+/* Processing instruction with a copy of target (name) and data (value). */
+vrkNode *vrkDOMReal_createProcessingInstruction(const char *callerFile, int32_t callerLine,
+                                                const UniChar *target, int32_t targetLength,
+                                                const UniChar *data, int32_t dataLength,
+                                                vrkDOMException *exception);
+/* Replaces the value of an attribute, text or CDATA node with a copy: 1.  Any
+ * other kind: 0 with nothing recorded.  Exhausted memory: 0 with
+ * ERR_OUT_OF_MEMORY, the old value kept. */
+int32_t  vrkNodeReal_setNodeValue(const char *callerFile, int32_t callerLine, vrkNode *node,
+                                  const UniChar *value, int32_t valueLength,
+                                  vrkDOMException *exception);
+/* Appends newChild (a node in no list) as the last child of parent and
+ * returns it.  Refuses with ERR_HIERARCHY_REQUEST a document as newChild,
+ * and anything but a processing instruction under a document that has its
+ * document element; a refusal changes nothing. */
+vrkNode *vrkNodeReal_appendChild(const char *callerFile, int32_t callerLine, vrkNode *parent,
+                                 vrkNode *newChild, vrkDOMException *exception);
+
+/* ------------------------------------------------------------------------ */
+/* Attribute maps                                                           */
+/* ------------------------------------------------------------------------ */
+/* An ordered list in insertion order, searched from the front.  The plain
+ * operations key on `name`; the NS operations on namespaceURI + localName.
+ * Comparisons are exact.  None allocates; a miss is null. */
+
+/* Number of attributes. */
+int32_t  vrkNamedNodeMap_getLength(const vrkNamedNodeMap *map);
+/* The attribute at index (from 0), or null when out of range. */
+vrkNode *vrkNamedNodeMap_item(const vrkNamedNodeMap *map, int32_t index);
+/* The attribute whose name is exactly the nameLength units at name. */
+vrkNode *vrkNamedNodeMap_getNamedItem(const vrkNamedNodeMap *map, const UniChar *name,
+                                      int32_t nameLength);
+/* The attribute with exactly this namespace name and local name. */
+vrkNode *vrkNamedNodeMap_getNamedItemNS(const vrkNamedNodeMap *map,
+                                        const UniChar *namespaceURI, int32_t uriLength,
+                                        const UniChar *localName, int32_t localNameLength);
+/* Takes the named attribute out of the map and returns it (now the
+ * caller's; its own links are left as they were). */
+vrkNode *vrkNamedNodeMap_removeNamedItem(vrkNamedNodeMap *map, const UniChar *name,
+                                         int32_t nameLength);
+/* NS form of the removal (note: no vrk prefix). */
+vrkNode *NamedNodeMap_removeNamedItemNS(vrkNamedNodeMap *map,
+                                        const UniChar *namespaceURI, int32_t uriLength,
+                                        const UniChar *localName, int32_t localNameLength);
+/* Puts node into the map: in place of the attribute with the same name,
+ * which is returned (now the caller's), or at the end, returning null. */
+vrkNode *vrkNamedNodeMap_setNamedItem(vrkNamedNodeMap *map, vrkNode *node);
+/* NS form of the set. */
+vrkNode *vrkNamedNodeMap_setNamedItemNS(vrkNamedNodeMap *map, vrkNode *node);
+/* Sets attribute (in no map, null previous and next) on element: the
+ * replaced attribute (the caller's) or null.  ERR_HIERARCHY_REQUEST when
+ * element is no element. */
+vrkNode *vrkElementReal_setAttributeNode(const char *callerFile, int32_t callerLine,
+                                         vrkNode *element, vrkNode *attribute,
+                                         vrkDOMException *exception);
+/* NS form of the set on an element. */
+vrkNode *vrkElementReal_setAttributeNodeNS(const char *callerFile, int32_t callerLine,
+                                           vrkNode *element, vrkNode *attribute,
+                                           vrkDOMException *exception);
+
+/* ------------------------------------------------------------------------ */
+/* Child lists, prefix, normalize and clone                                 */
+/* ------------------------------------------------------------------------ */
+
+/* Puts newChild ahead of refChild, a child of parent; returns newChild. */
+vrkNode *vrkNodeReal_insertBefore(const char *callerFile, int32_t callerLine, vrkNode *parent,
+                                  vrkNode *newChild, vrkNode *refChild,
+                                  vrkDOMException *exception);
+/* Puts newChild in the place of oldChild; returns oldChild (the caller's). */
+vrkNode *vrkNodeReal_replaceChild(const char *callerFile, int32_t callerLine, vrkNode *parent,
+                                  vrkNode *newChild, vrkNode *oldChild,
+                                  vrkDOMException *exception);
+/* Takes oldChild out of parent's list; returns it (the caller's). */
+vrkNode *vrkNodeReal_removeChild(const char *callerFile, int32_t callerLine, vrkNode *parent,
+                                 vrkNode *oldChild, vrkDOMException *exception);
+/* Rewrites the prefix of node (null removes it) in `prefix` and `name`. */
+int32_t  vrkNodeReal_setPrefix(const char *callerFile, int32_t callerLine, vrkNode *node,
+                               const UniChar *prefix, int32_t prefixLength,
+                               vrkDOMException *exception);
+/* Merges adjacent text nodes below node. */
+int32_t  vrkNodeReal_normalize(const char *callerFile, int32_t callerLine, vrkNode *node,
+                               vrkDOMException *exception);
+/* A detached copy of node by itself: no children, no attributes. */
+vrkNode *vrkNodeReal_cloneNode(const char *callerFile, int32_t callerLine, const vrkNode *node,
+                               int32_t deep, vrkDOMException *exception);
+
+/* ------------------------------------------------------------------------ */
+/* Namespaces on a tree                                                     */
+/* ------------------------------------------------------------------------ */
+
+/* Element or attribute from a namespace name and a prefixed qualified name
+ * (zero-terminated, qualifiedNameLength >= 1). */
+vrkNode       *vrkDOMReal_createEANodeNS(const char *callerFile, int32_t callerLine, int32_t type,
+                                         const UniChar *namespaceURI, int32_t uriLength,
+                                         const UniChar *qualifiedName,
+                                         int32_t qualifiedNameLength,
+                                         vrkDOMException *exception);
+/* The namespace name declared for prefix (or the default, with
+ * acceptDefault) at node or above; owned by the declaring attribute. */
+const UniChar *vrkDOM_getDeclaredNameSpace(const vrkNode *node, int32_t acceptDefault,
+                                           const UniChar *prefix, int32_t prefixLength);
+/* The `prefix` field ("xmlns") of a prefixed declaration of uri in force at
+ * node, or null. */
+const UniChar *DOM_getDeclaredNameSpacePrefix(const vrkNode *node, const UniChar *uri);
+
+/* ------------------------------------------------------------------------ */
+/* Parse entry and parser state                                             */
+/* ------------------------------------------------------------------------ */
+
+/* Parses the writable, zero-terminated text (one zero byte ends UTF-8, one
+ * zero unit ends UTF-16) into a new document, which the caller releases with
+ * vrkDOM_destroyNode(document, 1).  On failure returns null and fills all
+ * seven fields of *result; on success *result is not written.
+ *
+ * The encoding is detected from the first two bytes (IdentifyCharacterEncoding):
+ * UTF-8 is decoded into a private copy that is freed before returning;
+ * UTF-16 in the machine's order is read in place and left unchanged; UTF-16
+ * in the opposite order is byte-swapped in place and stays swapped.  UTF-16
+ * text may begin at any address.
+ *
+ * What is read: UTF-8 text up to and including its first zero byte, UTF-16
+ * text up to and including its first zero unit.  A text whose first byte is
+ * '<' or a white-space byte (0x09 to 0x0D, 0x20) and whose second byte is
+ * zero is UTF-16 little-endian by the detection.  So a one-byte text of such
+ * a character is read as one 16-bit unit and must be followed by a whole zero
+ * unit, that is two more zero bytes (four bytes in all); it then fails with
+ * ERR_NO_ROOT_ELEMENT like any document without a root.  Every other text of
+ * one byte is UTF-8 and needs only its terminating zero byte. */
+vrkNode *vrkDOM_parse(void *text, vrkParseError *result);
+/* Encoding id of the text from its first two bytes; ENCODING_UNKNOWN when
+ * length < 2.  Reads at most two bytes. */
+int32_t  IdentifyCharacterEncoding(const void *bytes, int32_t length);
+/* New string holding the units of a token of at least one unit (caller
+ * frees), or null when memory runs out. */
+UniChar *tokenToString(const Token *token);
+/* Pushes a namespace declaration on the context's stack: 1, or 0 when the
+ * entry cannot be allocated (the stack unchanged). */
+int32_t  pushNameSpaceStack(ProduceContext *context, const Token *prefix, const Token *uri);
+/* Pops every entry whose depth is at least the context's depth. */
+void     popNameSpaceStack(ProduceContext *context);
+/* Looks a prefix (null: the default namespace) up: 1 and *out, or 0. */
+int32_t  getNameSpaceURI(ProduceContext *context, const UniChar *prefix, Token *out);
+/* Fills namespaceURI (and a missing localName) of a parsed node: 1 done, 0
+ * no namespace or an error recorded in the context. */
+int32_t  resolveNameSpace(ProduceContext *context, vrkNode *node);
+/* Resolves the references in a malloc'ed attribute value in place; returns
+ * the string to keep (possibly moved), or null when shrinking it failed. */
+UniChar *AttrValueRefResolve(UniChar *s);
+
+/* Productions.  Each returns PRODUCE_OK, PRODUCE_NO_MATCH or PRODUCE_ERROR
+ * and records the first error in context->error. */
+int32_t Produce_document(ProduceContext *context);
+int32_t Produce_prolog(ProduceContext *context);
+int32_t Produce_element(ProduceContext *context);
+int32_t Produce_content(ProduceContext *context);
+int32_t Produce_Misc(ProduceContext *context);
+int32_t Produce_Comment(ProduceContext *context);
+int32_t Produce_PI(ProduceContext *context);
+int32_t Produce_PITarget(ProduceContext *context);
+int32_t Produce_XMLDecl(ProduceContext *context);
+int32_t Produce_VersionInfo(ProduceContext *context);
+int32_t Produce_VersionNum(ProduceContext *context);
+int32_t Produce_EncodingDecl(ProduceContext *context);
+int32_t Produce_EncName(ProduceContext *context);
+int32_t Produce_SDDecl(ProduceContext *context);
+int32_t Produce_CharData(ProduceContext *context);
+int32_t Produce_CDSect(ProduceContext *context);
+int32_t Produce_CDStart(ProduceContext *context);
+int32_t Produce_CData(ProduceContext *context);
+int32_t Produce_CDEnd(ProduceContext *context);
+int32_t Produce_Attribute(ProduceContext *context);
+int32_t Produce_BaseChar(ProduceContext *context);
+int32_t Produce_Ideographic(ProduceContext *context);
+int32_t Produce_CombiningChar(ProduceContext *context);
+int32_t Produce_Digit(ProduceContext *context);
+int32_t Produce_Extender(ProduceContext *context);
+int32_t Produce_Letter(ProduceContext *context);
+int32_t Produce_NCNameChar(ProduceContext *context);
+int32_t Produce_NameChar(ProduceContext *context);
+int32_t Produce_NCName(ProduceContext *context);
+int32_t Produce_Prefix(ProduceContext *context);
+int32_t Produce_LocalPart(ProduceContext *context);
+int32_t Produce_Name(ProduceContext *context);
+int32_t Produce_S(ProduceContext *context);
+int32_t Produce_Eq(ProduceContext *context);
+int32_t Produce_QName(ProduceContext *context, Token *qualified, Token *prefix, Token *local);
+int32_t Produce_STagOREmptyElemTag(ProduceContext *context, Token *name, int32_t *hasContent);
+int32_t Produce_ETag(ProduceContext *context, Token *name);
+int32_t Produce_NSAttName(ProduceContext *context, Token *name, Token *prefix, Token *local);
+int32_t Produce_PrefixedAttName(ProduceContext *context, Token *name, Token *prefix,
+                                Token *local);
+int32_t Produce_DefaultAttName(ProduceContext *context, Token *token);
+int32_t Produce_AttValue(ProduceContext *context, Token *value);
+int32_t Produce_Reference(ProduceContext *context, int32_t mode);
+int32_t Produce_EntityRef(ProduceContext *context, UniChar *out);
+int32_t Produce_CharRef(ProduceContext *context, UniChar *out);
+/* PRODUCE_OK when value is 0x09, 0x0A, 0x0D, 0x20-0xD7FF or 0xE000-0xFFFD. */
+int32_t Produce_Char(uint32_t value);
+
+/* ------------------------------------------------------------------------ */
+/* Serializer and diagnostics                                               */
+/* ------------------------------------------------------------------------ */
+
+/* Writes the header, node and its following siblings, and a closing line
+ * feed through write, as ENCODING_UTF8 or ENCODING_UTF16: 1 when all was
+ * written, 0 otherwise (what was written stays written). */
+int32_t vrkDOM_serialize(const vrkNode *node, int32_t encoding, vrkWriteFunc write,
+                         void *userData);
+/* Writes node and its following siblings, no header, using buffer. */
+int32_t DOM_serializeImpl(const vrkNode *node, int32_t encoding, SerializeBuffer *buffer,
+                          vrkWriteFunc write, void *userData);
+/* Prints a line on standard output for each broken link in the tree. */
+void    DOM_checkIntegrity(const vrkNode *node);
+/* Checks one child list and everything below it. */
+void    DOM_checkIntegrityInternal(const vrkNode *parent, const vrkNode *firstChild);
+/* vfprintf onto stdout; returns what vfprintf returns. */
+int     DebugPrint(const char *format, ...);
+
+#ifdef __cplusplus
+}
+#endif
+
+#if defined(__GNUC__)
+#pragma GCC visibility pop
+#endif
+
+#endif /* VRKXML_H */

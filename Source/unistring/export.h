@@ -1,0 +1,7 @@
+// Marks the definitions of the library's public names.
+#pragma once
+
+// The public header gives its declarations default visibility; everything
+// else in the library is compiled hidden.  Exported definitions need C
+// linkage to match those declarations.
+#define VRK_EXPORT extern "C"

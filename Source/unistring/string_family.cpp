@@ -1,0 +1,96 @@
+// The zero-terminated 16-bit string family.
+#include <cctype>
+#include <cstdlib>
+#include <cstring>
+
+#include "unistring/export.h"
+#include "unistring/unit_access.h"
+
+using vrk::loadUnit;
+using vrk::storeUnit;
+
+VRK_EXPORT int32_t vrkunistrlen(const UniChar *s) {
+    const UniChar *p = s;
+    while (loadUnit(p) != 0) ++p;
+    return static_cast<int32_t>(p - s);
+}
+
+VRK_EXPORT UniChar *vrkunistrcpy(UniChar *dest, const UniChar *src) {
+    // memmove copies as the forward walk does whenever dest lies at or below src.
+    std::memmove(dest, src, vrk::stringBytes(static_cast<std::size_t>(vrkunistrlen(src))));
+    return dest;
+}
+
+VRK_EXPORT UniChar *vrkunistrcat(UniChar *dest, const UniChar *src) {
+    vrkunistrcpy(dest + vrkunistrlen(dest), src);
+    return dest;
+}
+
+VRK_EXPORT UniChar *vrkunistrncpy(UniChar *dest, const UniChar *src, int32_t n) {
+    int32_t stored = 0;
+    for (; stored < n; ++stored) {
+        UniChar unit = loadUnit(src + stored);
+        if (unit == 0) break;
+        storeUnit(dest + stored, unit);
+    }
+    for (; stored < n; ++stored) storeUnit(dest + stored, 0);
+    return dest;
+}
+
+VRK_EXPORT UniChar *vrkUniCharArrayToString(const UniChar *chars, int32_t n) {
+    std::size_t units = static_cast<std::size_t>(n);
+    auto *copy = static_cast<UniChar *>(std::malloc(vrk::stringBytes(units)));
+    if (copy == nullptr) return nullptr;
+    std::memcpy(copy, chars, units * sizeof(UniChar));
+    copy[units] = 0;
+    return copy;
+}
+
+VRK_EXPORT UniChar *unistrndup(const UniChar *s, int32_t n) { return vrkUniCharArrayToString(s, n); }
+
+VRK_EXPORT UniChar *vrkunistrdup(const UniChar *s) {
+    return vrkUniCharArrayToString(s, vrkunistrlen(s));
+}
+
+VRK_EXPORT UniChar *vrkunistrchr(const UniChar *s, int32_t c) {
+    const auto wanted = static_cast<UniChar>(c);
+    for (UniChar unit; (unit = loadUnit(s)) != 0; ++s) {
+        if (unit == wanted) return const_cast<UniChar *>(s);
+    }
+    return nullptr;
+}
+
+VRK_EXPORT int32_t vrkunistrcspn(const UniChar *s, const UniChar *set) {
+    int32_t length = 0;
+    for (UniChar unit; (unit = loadUnit(s + length)) != 0; ++length) {
+        if (vrkunistrchr(set, unit) != nullptr) break;
+    }
+    return length;
+}
+
+namespace {
+// The system's case mapping for units below 256; the rest stay as they are.
+int32_t foldCase(UniChar unit) { return unit < 256 ? std::toupper(unit) : unit; }
+}  // namespace
+
+VRK_EXPORT int32_t vrkunistrcmp(const UniChar *a, const UniChar *b) {
+    for (;; ++a, ++b) {
+        int32_t left = foldCase(loadUnit(a));
+        int32_t right = foldCase(loadUnit(b));
+        if (left == 0) return -right;
+        if (left != right) return left - right;
+    }
+}
+
+VRK_EXPORT int32_t vrkunistrncmp(const UniChar *a, const UniChar *b, int32_t n) {
+    // The count is looked at only behind the first comparison, so at least
+    // one unit is always compared.
+    for (;; ++a, ++b) {
+        int32_t left = loadUnit(a);
+        int32_t right = loadUnit(b);
+        --n;
+        if (left == 0) return -right;
+        if (left != right) return left - right;
+        if (n <= 0) return 0;
+    }
+}

@@ -1,0 +1,69 @@
+// 16-bit units to UTF-8.  Each unit is converted on its own: surrogates are
+// written as three-byte forms and never paired.
+#include <cstdlib>
+
+#include "unistring/export.h"
+#include "unistring/unit_access.h"
+
+namespace {
+
+constexpr int32_t encodedLength(UniChar unit) { return unit < 0x80 ? 1 : unit < 0x800 ? 2 : 3; }
+
+// Byte count of the units ahead of the first zero unit, at most `limit` of them.
+int32_t measure(const UniChar *s, int64_t limit) {
+    int32_t bytes = 0;
+    for (int64_t i = 0; i < limit; ++i) {
+        const UniChar unit = vrk::loadUnit(s + i);
+        if (unit == 0) break;
+        bytes += encodedLength(unit);
+    }
+    return bytes;
+}
+
+char *convert(const UniChar *s, int64_t limit, char *dest) {
+    if (dest == nullptr) {
+        dest = static_cast<char *>(std::malloc(static_cast<std::size_t>(measure(s, limit)) + 1));
+        if (dest == nullptr) return nullptr;
+    }
+    char *out = dest;
+    for (int64_t i = 0; i < limit; ++i) {
+        const UniChar unit = vrk::loadUnit(s + i);
+        if (unit == 0) break;
+        out += vrkUniCharToUTF8(unit, out);
+    }
+    *out = 0;
+    return dest;
+}
+
+constexpr int64_t kWholeString = INT64_MAX;
+
+}  // namespace
+
+VRK_EXPORT int32_t vrkUniCharToUTF8(UniChar unit, char *dest) {
+    auto *out = reinterpret_cast<unsigned char *>(dest);
+    if (unit < 0x80) {
+        out[0] = static_cast<unsigned char>(unit);
+        return 1;
+    }
+    if (unit < 0x800) {
+        out[0] = static_cast<unsigned char>(0xC0 | (unit >> 6));
+        out[1] = static_cast<unsigned char>(0x80 | (unit & 0x3F));
+        return 2;
+    }
+    out[0] = static_cast<unsigned char>(0xE0 | (unit >> 12));
+    out[1] = static_cast<unsigned char>(0x80 | ((unit >> 6) & 0x3F));
+    out[2] = static_cast<unsigned char>(0x80 | (unit & 0x3F));
+    return 3;
+}
+
+VRK_EXPORT int32_t vrkUniCharToUTF8Len(const UniChar *s) { return measure(s, kWholeString); }
+
+VRK_EXPORT int32_t vrkUniCharNToUTF8Len(const UniChar *s, int32_t n) { return measure(s, n); }
+
+VRK_EXPORT char *vrkUniCharStringToUTF8(const UniChar *s, char *dest) {
+    return convert(s, kWholeString, dest);
+}
+
+VRK_EXPORT char *vrkUniCharStringNToUTF8(const UniChar *s, int32_t n, char *dest) {
+    return convert(s, n, dest);
+}

@@ -1,0 +1,16 @@
+#include "xmlparser/parse_error.h"
+
+namespace vrk {
+
+int32_t recordParseError(ProduceContext *context, int32_t code, int32_t line, const UniChar *at) {
+    vrkParseError &error = context->error;
+    if (error.code == 0) {
+        error.code = code;
+        error.file = "Source/xmlparser";
+        error.line = line;
+        error.offset = offsetOf(context, at);
+    }
+    return PRODUCE_ERROR;
+}
+
+}  // namespace vrk

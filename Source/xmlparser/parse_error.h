@@ -1,0 +1,28 @@
+// How productions record the first error of a parse, and how the parser
+// names itself to the tree operations it calls.
+#pragma once
+
+#include "vrkxml.h"
+
+namespace vrk {
+
+// Records code at `at` unless the context already holds an error; either way
+// the result is PRODUCE_ERROR, so a site can `return` it.
+int32_t recordParseError(ProduceContext *context, int32_t code, int32_t line, const UniChar *at);
+
+// The parse error begins with the five fields of vrkDOMException, so tree
+// operations report straight into it.
+inline vrkDOMException *treeException(ProduceContext *context) {
+    return reinterpret_cast<vrkDOMException *>(&context->error);
+}
+
+inline int32_t offsetOf(const ProduceContext *context, const UniChar *at) {
+    return static_cast<int32_t>(at - context->textStart);
+}
+
+}  // namespace vrk
+
+#define VRK_PARSE_ERROR(context, code, at) vrk::recordParseError((context), (code), __LINE__, (at))
+
+// The location the parser passes as callerFile and callerLine.
+#define VRK_PARSER_SITE "Source/xmlparser", __LINE__
