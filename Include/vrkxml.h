@@ -478,11 +478,21 @@ int32_t  getNameSpaceURI(ProduceContext *context, const UniChar *prefix, Token *
  * no namespace or an error recorded in the context. */
 int32_t  resolveNameSpace(ProduceContext *context, vrkNode *node);
 /* Resolves the references in a malloc'ed attribute value in place; returns
- * the string to keep (possibly moved), or null when shrinking it failed. */
+ * the string to keep (possibly moved: the block is shrunk once when a
+ * reference was resolved), or null when that shrinking failed, s then still
+ * being the caller's.  A unit a reference produced is plain text; a & that
+ * begins no reference (the parser never hands one in) is kept as it is. */
 UniChar *AttrValueRefResolve(UniChar *s);
 
 /* Productions.  Each returns PRODUCE_OK, PRODUCE_NO_MATCH or PRODUCE_ERROR
- * and records the first error in context->error. */
+ * and records the first error in context->error.
+ *
+ * Nesting depth: Produce_content reads the elements nested in it with a
+ * loop, not by calling Produce_element for each child, so the depth of a
+ * document is limited by memory alone, never by the stack.  Each open
+ * element costs nothing beyond its node: its start tag's name is matched
+ * against the node's own name.  vrkDOM_destroyNode releases a tree of any
+ * depth in the same way. */
 int32_t Produce_document(ProduceContext *context);
 int32_t Produce_prolog(ProduceContext *context);
 int32_t Produce_element(ProduceContext *context);

@@ -6,12 +6,8 @@
 
 VRK_EXPORT vrkNode *vrkDOMReal_createDocument(const char *callerFile, int32_t callerLine,
                                               vrkDOMException *exception) {
-    if (vrk::exceptionPending(exception)) return nullptr;
-    vrkNode *document = vrk::allocateNode();
-    if (document == nullptr) {
-        VRK_RAISE(exception, ERR_OUT_OF_MEMORY, callerFile, callerLine);
-        return nullptr;
-    }
+    vrkNode *document = vrk::newNodeRecord(callerFile, callerLine, exception);
+    if (document == nullptr) return nullptr;
     document->type = DOCUMENT_NODE;
     document->name = vrk::staticName(vrk::kDocumentNodeName);
     return document;

@@ -1,0 +1,152 @@
+// Elements: start and empty-element tags, content, end tags.
+//
+// The grammar nests element in content in element.  Produce_content reads
+// the nesting with a loop instead of calling Produce_element for every
+// child, so the depth of a document is limited by memory alone: the state of
+// every open element is `current` and its name, which the node holds.
+#include "unistring/export.h"
+#include "unistring/unit_access.h"
+#include "xmlparser/literal.h"
+#include "xmlparser/parse_error.h"
+
+using vrk::loadUnit;
+
+namespace {
+
+constexpr vrk::Literal kEmptyTagEnd{u"/>"};
+constexpr vrk::Literal kEndTagStart{u"</"};
+
+int32_t lengthOf(const Token &token) { return static_cast<int32_t>(token.end - token.start + 1); }
+
+// What follows the content of the element `current`: its declarations go,
+// then its end tag is read and matched against its start tag's name, which
+// the node holds exactly as written.
+int32_t finishElement(ProduceContext *context) {
+    context->depth -= 1;
+    popNameSpaceStack(context);
+    Token endName;
+    const int32_t end = Produce_ETag(context, &endName);
+    if (end == PRODUCE_NO_MATCH) return VRK_PARSE_ERROR(context, ERR_END_TAG, context->cursor);
+    if (end == PRODUCE_ERROR) return PRODUCE_ERROR;
+    const vrkNode *element = context->current;
+    context->current = element->parent;
+    const int32_t length = lengthOf(endName);
+    if (vrkunistrlen(element->name) != length || vrkunistrncmp(element->name, endName.start, length) != 0) {
+        return VRK_PARSE_ERROR(context, ERR_END_TAG, context->cursor);
+    }
+    return PRODUCE_OK;
+}
+
+// One item of content other than character data and elements.
+int32_t produceOtherContent(ProduceContext *context) {
+    int32_t result = Produce_Reference(context, 1);
+    if (result == PRODUCE_NO_MATCH) result = Produce_CDSect(context);
+    if (result == PRODUCE_NO_MATCH) result = Produce_PI(context);
+    if (result == PRODUCE_NO_MATCH) result = Produce_Comment(context);
+    return result;
+}
+
+}  // namespace
+
+VRK_EXPORT int32_t Produce_STagOREmptyElemTag(ProduceContext *context, Token *name, int32_t *hasContent) {
+    UniChar *open = context->cursor;
+    if (loadUnit(open) != '<') return PRODUCE_NO_MATCH;
+    ++context->cursor;
+    Token prefix, local;
+    if (Produce_QName(context, name, &prefix, &local) != PRODUCE_OK) {
+        context->cursor = open;
+        return PRODUCE_NO_MATCH;
+    }
+
+    vrkDOMException *exception = vrk::treeException(context);
+    vrkNode *element =
+        prefix.start != nullptr
+            ? vrkDOMReal_createEANodeNSP(VRK_PARSER_SITE, ELEMENT_NODE, nullptr, 0, prefix.start, lengthOf(prefix),
+                                         local.start, lengthOf(local), exception)
+            : vrkDOMReal_createEANode(VRK_PARSER_SITE, ELEMENT_NODE, name->start, lengthOf(*name), exception);
+    if (element == nullptr) return PRODUCE_ERROR;
+    // The parent is the document, still without an element, or an element:
+    // the append cannot be refused.
+    vrkNodeReal_appendChild(VRK_PARSER_SITE, context->current, element, exception);
+    context->current = element;
+
+    // Attributes need no white space between them.
+    for (;;) {
+        Produce_S(context);
+        const int32_t attribute = Produce_Attribute(context);
+        if (attribute == PRODUCE_ERROR) return PRODUCE_ERROR;
+        if (attribute == PRODUCE_NO_MATCH) break;
+    }
+
+    // All declarations of the tag are on the stack now, wherever they stood.
+    // Failures stay pending in the record.
+    resolveNameSpace(context, element);
+    for (vrkNode *attribute = element->attributes.first; attribute != nullptr; attribute = attribute->next) {
+        resolveNameSpace(context, attribute);
+    }
+
+    if (vrk::startsWith(context->cursor, kEmptyTagEnd)) {
+        popNameSpaceStack(context);
+        *hasContent = 0;
+        context->current = element->parent;
+        context->cursor += kEmptyTagEnd.length;
+        return PRODUCE_OK;
+    }
+    if (loadUnit(context->cursor) == '>') {
+        *hasContent = 1;
+        ++context->cursor;
+        return PRODUCE_OK;
+    }
+    return VRK_PARSE_ERROR(context, ERR_TAG_END, context->cursor);
+}
+
+VRK_EXPORT int32_t Produce_ETag(ProduceContext *context, Token *name) {
+    if (!vrk::startsWith(context->cursor, kEndTagStart)) return PRODUCE_NO_MATCH;
+    context->cursor += kEndTagStart.length;
+    name->start = context->cursor;
+    Token qualified, prefix, local;
+    if (Produce_QName(context, &qualified, &prefix, &local) != PRODUCE_OK) {
+        return VRK_PARSE_ERROR(context, ERR_ETAG_NAME, context->cursor);
+    }
+    name->end = local.end;
+    Produce_S(context);
+    if (loadUnit(context->cursor) != '>') return VRK_PARSE_ERROR(context, ERR_TAG_END, context->cursor);
+    ++context->cursor;
+    return PRODUCE_OK;
+}
+
+VRK_EXPORT int32_t Produce_element(ProduceContext *context) {
+    Token name;
+    int32_t hasContent = 0;
+    const int32_t start = Produce_STagOREmptyElemTag(context, &name, &hasContent);
+    if (start != PRODUCE_OK || hasContent == 0) return start;
+    context->depth += 1;
+    if (Produce_content(context) != PRODUCE_OK) return PRODUCE_ERROR;
+    return finishElement(context);
+}
+
+VRK_EXPORT int32_t Produce_content(ProduceContext *context) {
+    // Elements opened inside this call whose content is being read.
+    int64_t open = 0;
+    for (;;) {
+        Produce_CharData(context);  // its error, if any, stays pending
+
+        Token name;
+        int32_t hasContent = 0;
+        int32_t result = Produce_STagOREmptyElemTag(context, &name, &hasContent);
+        if (result == PRODUCE_OK && hasContent != 0) {
+            // A child with content: read its content in this same loop.
+            context->depth += 1;
+            ++open;
+            continue;
+        }
+        if (result == PRODUCE_NO_MATCH) result = produceOtherContent(context);
+        if (result == PRODUCE_OK) continue;
+        if (result == PRODUCE_ERROR) return PRODUCE_ERROR;
+
+        // Nothing matches: the content of the innermost open element ends.
+        if (open == 0) return PRODUCE_OK;
+        --open;
+        if (finishElement(context) != PRODUCE_OK) return PRODUCE_ERROR;
+    }
+}
