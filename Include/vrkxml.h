@@ -546,11 +546,27 @@ int32_t Produce_Char(uint32_t value);
 /* ------------------------------------------------------------------------ */
 
 /* Writes the header, node and its following siblings, and a closing line
- * feed through write, as ENCODING_UTF8 or ENCODING_UTF16: 1 when all was
- * written, 0 otherwise (what was written stays written). */
+ * feed through write, as ENCODING_UTF8 or ENCODING_UTF16 (machine order, no
+ * byte order mark), one call of write per piece: each tag part, name, run of
+ * text and reference.  Result 1 when all was written, 0 otherwise: another
+ * encoding (nothing written), the scratch buffer's first allocation failed
+ * (only the header written), or it could not grow (UTF-8 only; everything
+ * ahead of that piece stays written, no end tags or closing line feed
+ * follow).  The tree is only read.  UTF-16 pieces are the node's own units,
+ * handed to write in place.
+ *
+ * Depth: the walk does not recurse over the depth of the tree.  It remembers
+ * the parents of the first 1,024 open levels itself; from deeper levels it
+ * climbs back through the parent link of the child list it has finished.
+ * So every tree the parser or the editing operations make is written
+ * whatever its depth; a hand-made tree deeper than that must have sound
+ * parent links (DOM_checkIntegrity reports broken ones). */
 int32_t vrkDOM_serialize(const vrkNode *node, int32_t encoding, vrkWriteFunc write,
                          void *userData);
-/* Writes node and its following siblings, no header, using buffer. */
+/* Writes node and its following siblings, no header, using buffer, which
+ * must hold a malloc'ed block of capacity + 1 bytes (it may be reallocated).
+ * Any encoding but ENCODING_UTF8 and ENCODING_UTF16 gives 0 and writes
+ * nothing. */
 int32_t DOM_serializeImpl(const vrkNode *node, int32_t encoding, SerializeBuffer *buffer,
                           vrkWriteFunc write, void *userData);
 /* Prints a line on standard output for each broken link in the tree. */

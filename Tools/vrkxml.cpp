@@ -1,54 +1,108 @@
-// vrkxml FILE: parses FILE and prints the name of its document element, or
-// the error code, its name and the offset.  Exit status 0 on success, 1 on a
-// parse error, 2 when the file cannot be read.
+// vrkxml: the library's command-line tool.
+//
+//   vrkxml check FILE...       reports each file as well-formed, or where it is not
+//   vrkxml cat [--utf16] FILE  parses FILE and writes it back out
+//
+// FILE may be "-" for standard input.  Exit status: 0 success, 1 a document
+// is not well-formed, 2 usage or input/output trouble.
 #include <cstdio>
-#include <fstream>
-#include <iterator>
+#include <cstring>
 #include <string>
 #include <vector>
 
 #include "error_names.h"
+#include "input_text.h"
 #include "vrkxml.h"
 
 namespace {
 
-// The whole file, followed by four zero bytes: enough to terminate it in
-// every encoding the detection may choose.
-bool readFile(const char *path, std::vector<char> &text) {
-    std::ifstream in(path, std::ios::binary);
-    if (!in) return false;
-    text.assign(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
-    text.insert(text.end(), 4, '\0');
-    return !in.bad();
+constexpr int kExitOk = 0;
+constexpr int kExitNotWellFormed = 1;
+constexpr int kExitTrouble = 2;
+
+int usage() {
+    std::fprintf(stderr,
+                 "usage: vrkxml check FILE...\n"
+                 "       vrkxml cat [--utf16] FILE\n"
+                 "FILE may be - for standard input.\n");
+    return kExitTrouble;
 }
 
-std::string toUTF8(const UniChar *s) {
-    std::string out(static_cast<std::size_t>(vrkUniCharToUTF8Len(s)) + 1, '\0');
-    vrkUniCharStringToUTF8(s, out.data());
-    out.pop_back();
-    return out;
+void reportError(const std::string &path, const std::vector<char> &bytes, const vrkParseError &error) {
+    const vrktool::Position where = vrktool::locate(bytes, error.offset);
+    std::fprintf(stderr, "%s:%lld:%lld: error: %s (code %d)\n", path.c_str(), static_cast<long long>(where.line),
+                 static_cast<long long>(where.column), vrktool::errorName(error.code), error.code);
+    if (error.message != nullptr) std::fprintf(stderr, "  %s\n", error.message);
+    std::fprintf(stderr, "%s\n%s\n", where.lineText.c_str(), where.caret.c_str());
+}
+
+// Parses one input; null after reporting why not.
+vrkNode *parseInput(const std::string &path, std::vector<char> &bytes, int &status) {
+    if (!vrktool::readInput(path, bytes)) {
+        std::fprintf(stderr, "%s: cannot read\n", path.c_str());
+        status = kExitTrouble;
+        return nullptr;
+    }
+    vrkParseError error{};
+    vrkNode *document = vrkDOM_parse(bytes.data(), &error);
+    if (document == nullptr) {
+        reportError(path, bytes, error);
+        status = kExitNotWellFormed;
+    }
+    return document;
+}
+
+int check(const std::vector<std::string> &paths) {
+    int worst = kExitOk;
+    for (const std::string &path : paths) {
+        std::vector<char> bytes;
+        int status = kExitOk;
+        vrkNode *document = parseInput(path, bytes, status);
+        if (document != nullptr) {
+            std::printf("%s: well-formed\n", path.c_str());
+            vrkDOM_destroyNode(document, 1);
+        }
+        if (status > worst) worst = status;
+    }
+    return worst;
+}
+
+int writeToStdout(const void *data, uint32_t length, void *failed) {
+    if (length != 0 && std::fwrite(data, 1, length, stdout) != length) *static_cast<bool *>(failed) = true;
+    return 0;
+}
+
+int cat(const std::string &path, int32_t encoding) {
+    std::vector<char> bytes;
+    int status = kExitOk;
+    vrkNode *document = parseInput(path, bytes, status);
+    if (document == nullptr) return status;
+    bool failed = false;
+    const int32_t written = vrkDOM_serialize(document, encoding, writeToStdout, &failed);
+    vrkDOM_destroyNode(document, 1);
+    if (std::fflush(stdout) != 0) failed = true;
+    if (written == 0 || failed) {
+        std::fprintf(stderr, "%s: output failed\n", path.c_str());
+        return kExitTrouble;
+    }
+    return kExitOk;
 }
 
 }  // namespace
 
 int main(int argc, char **argv) {
-    if (argc != 2) {
-        std::fprintf(stderr, "usage: vrkxml FILE\n");
-        return 2;
+    std::vector<std::string> args(argv + 1, argv + argc);
+    if (args.empty()) return usage();
+    const std::string command = args.front();
+    args.erase(args.begin());
+    if (command == "check" && !args.empty()) return check(args);
+    if (command == "cat") {
+        int32_t encoding = ENCODING_UTF8;
+        if (!args.empty() && args.front() == "--utf16") {
+            encoding = ENCODING_UTF16;
+            args.erase(args.begin());
+        }
+        if (args.size() == 1) return cat(args.front(), encoding);
     }
-    std::vector<char> text;
-    if (!readFile(argv[1], text)) {
-        std::fprintf(stderr, "vrkxml: cannot read %s\n", argv[1]);
-        return 2;
-    }
-    vrkParseError error{};
-    vrkNode *document = vrkDOM_parse(text.data(), &error);
-    if (document == nullptr) {
-        std::printf("%s: error %d %s at offset %d\n", argv[1], error.code,
-                    vrktool::errorName(error.code), error.offset);
-        return 1;
-    }
-    std::printf("%s\n", toUTF8(vrkDOM_getDocumentElement(document)->name).c_str());
-    vrkDOM_destroyNode(document, 1);
-    return 0;
+    return usage();
 }

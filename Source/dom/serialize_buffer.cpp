@@ -1,0 +1,25 @@
+#include "dom/serialize_buffer.h"
+
+#include <cstdlib>
+
+#include "unistring/export.h"
+
+namespace vrk {
+
+int32_t SerializeBuffer_convert(SerializeBuffer *buffer, const UniChar *string, int32_t count) {
+    const int32_t bytes = count >= 0 ? vrkUniCharNToUTF8Len(string, count) : vrkUniCharToUTF8Len(string);
+    if (buffer->capacity < bytes) {
+        auto *grown = static_cast<char *>(std::realloc(buffer->data, static_cast<std::size_t>(bytes) + 1));
+        if (grown == nullptr) return -1;
+        buffer->data = grown;
+        buffer->capacity = bytes;
+    }
+    if (count >= 0) {
+        vrkUniCharStringNToUTF8(string, count, buffer->data);
+    } else {
+        vrkUniCharStringToUTF8(string, buffer->data);
+    }
+    return bytes;
+}
+
+}  // namespace vrk
