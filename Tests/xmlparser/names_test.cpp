@@ -34,7 +34,7 @@ using SetOfUnits = std::vector<bool>;  // indexed by unit value
 }  // namespace
 
 TEST(NameProductions, CharacterClassesAreExactlyTheTable) {
-    const auto path = std::filesystem::path(__FILE__).parent_path() / "../../../shared/xml-char-classes.txt";
+    const auto path = std::filesystem::path(VRKXML_SHARED_DIR) / "xml-char-classes.txt";
     std::ifstream in(path);
     if (!in) GTEST_SKIP() << "character class table not found at " << path;
 
