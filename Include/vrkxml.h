@@ -396,25 +396,52 @@ vrkNode *vrkElementReal_setAttributeNodeNS(const char *callerFile, int32_t calle
 /* Child lists, prefix, normalize and clone                                 */
 /* ------------------------------------------------------------------------ */
 
-/* Puts newChild ahead of refChild, a child of parent; returns newChild. */
+/* The three list edits allocate nothing, and a refusal changes nothing.
+ * newChild must be in no list (remove it from its former parent first);
+ * no check is made that it is not refChild/oldChild or an ancestor of
+ * parent.  A node taken out is the caller's and keeps its old links.
+ *
+ * Puts newChild ahead of refChild, a child of parent; returns newChild.
+ * Refuses, in this order: a document as newChild (ERR_HIERARCHY_REQUEST);
+ * a parent that is no element and is itself a child of a document that has
+ * its document element (ERR_HIERARCHY_REQUEST); refChild not a child of
+ * parent (ERR_NOT_FOUND). */
 vrkNode *vrkNodeReal_insertBefore(const char *callerFile, int32_t callerLine, vrkNode *parent,
                                   vrkNode *newChild, vrkNode *refChild,
                                   vrkDOMException *exception);
-/* Puts newChild in the place of oldChild; returns oldChild (the caller's). */
+/* Puts newChild in the place of oldChild; returns oldChild (the caller's).
+ * Refuses a parent that is no element (ERR_HIERARCHY_REQUEST: children of a
+ * document cannot be replaced), then an oldChild of another parent
+ * (ERR_NOT_FOUND). */
 vrkNode *vrkNodeReal_replaceChild(const char *callerFile, int32_t callerLine, vrkNode *parent,
                                   vrkNode *newChild, vrkNode *oldChild,
                                   vrkDOMException *exception);
-/* Takes oldChild out of parent's list; returns it (the caller's). */
+/* Takes oldChild out of parent's list; returns it (the caller's).  Refuses
+ * only an oldChild of another parent (ERR_NOT_FOUND). */
 vrkNode *vrkNodeReal_removeChild(const char *callerFile, int32_t callerLine, vrkNode *parent,
                                  vrkNode *oldChild, vrkDOMException *exception);
-/* Rewrites the prefix of node (null removes it) in `prefix` and `name`. */
+/* Rewrites the prefix of node in `prefix` and `name`, in place: 1, or 0.
+ * prefix is a zero-terminated string of prefixLength units; null removes
+ * the prefix, and so does an empty one (prefixLength 0), which would
+ * otherwise leave a name beginning with its colon.  localName and
+ * namespaceURI are not touched.  Refuses a node without a namespaceURI
+ * (ERR_NAMESPACE).  A longer prefix grows both blocks (ERR_OUT_OF_MEMORY
+ * leaves the node reading as before); a shorter one shrinks them, and a
+ * refused shrink keeps the larger, already complete block. */
 int32_t  vrkNodeReal_setPrefix(const char *callerFile, int32_t callerLine, vrkNode *node,
                                const UniChar *prefix, int32_t prefixLength,
                                vrkDOMException *exception);
-/* Merges adjacent text nodes below node. */
+/* Merges every run of adjacent text nodes below node (null allowed) into
+ * the run's first node, which may get a new value block; the others are
+ * destroyed.  A text node as node merges with the one after it only.  CDATA
+ * sections never merge; attributes are not visited.  Exhausted memory: 0 and
+ * ERR_OUT_OF_MEMORY, the merges before it standing. */
 int32_t  vrkNodeReal_normalize(const char *callerFile, int32_t callerLine, vrkNode *node,
                                vrkDOMException *exception);
-/* A detached copy of node by itself: no children, no attributes. */
+/* A detached copy of node by itself, whatever deep says: no children, no
+ * attributes, no links; every string is a new copy, but the static names of
+ * text, CDATA section and document nodes are shared, so that a copied
+ * document is destroyed like any other. */
 vrkNode *vrkNodeReal_cloneNode(const char *callerFile, int32_t callerLine, const vrkNode *node,
                                int32_t deep, vrkDOMException *exception);
 
@@ -423,14 +450,18 @@ vrkNode *vrkNodeReal_cloneNode(const char *callerFile, int32_t callerLine, const
 /* ------------------------------------------------------------------------ */
 
 /* Element or attribute from a namespace name and a prefixed qualified name
- * (zero-terminated, qualifiedNameLength >= 1). */
+ * (zero-terminated, qualifiedNameLength >= 1), split by the QName grammar;
+ * what follows the first QName is dropped.  ERR_NAMESPACE for a null
+ * namespaceURI or a name without a prefix. */
 vrkNode       *vrkDOMReal_createEANodeNS(const char *callerFile, int32_t callerLine, int32_t type,
                                          const UniChar *namespaceURI, int32_t uriLength,
                                          const UniChar *qualifiedName,
                                          int32_t qualifiedNameLength,
                                          vrkDOMException *exception);
 /* The namespace name declared for prefix (or the default, with
- * acceptDefault) at node or above; owned by the declaring attribute. */
+ * acceptDefault) at node or above; owned by the declaring attribute.
+ * Nearest element first, then map order.  xmlns folds case; the prefix
+ * compares exactly over prefixLength units. */
 const UniChar *vrkDOM_getDeclaredNameSpace(const vrkNode *node, int32_t acceptDefault,
                                            const UniChar *prefix, int32_t prefixLength);
 /* The `prefix` field ("xmlns") of a prefixed declaration of uri in force at
@@ -569,7 +600,10 @@ int32_t vrkDOM_serialize(const vrkNode *node, int32_t encoding, vrkWriteFunc wri
  * nothing. */
 int32_t DOM_serializeImpl(const vrkNode *node, int32_t encoding, SerializeBuffer *buffer,
                           vrkWriteFunc write, void *userData);
-/* Prints a line on standard output for each broken link in the tree. */
+/* Prints a line on standard output for each broken link in the child lists
+ * of the tree (a sound tree prints nothing).  The walk does not recurse, so
+ * any depth is checked.  On links so broken that following them would never
+ * end (a cycle), it prints "Links form a cycle; walk stopped\n" and stops. */
 void    DOM_checkIntegrity(const vrkNode *node);
 /* Checks one child list and everything below it. */
 void    DOM_checkIntegrityInternal(const vrkNode *parent, const vrkNode *firstChild);
