@@ -1,12 +1,12 @@
 // Making a document, the sticky exception record, the document element, and
 // releasing nodes of every kind and any depth.  Nodes are built by hand.
-#include <pthread.h>
 #include <gtest/gtest.h>
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
 #include <tuple>
 #include "dom/node_names.h"
+#include "support/small_stack.h"
 #include "support/alloc_fault.h"
 #include "support/unitext.h"
 
@@ -141,13 +141,6 @@ TEST(DestroyNode, MillionDeepTreeOnASmallStack) {
         last = node(ELEMENT_NODE, last, true);
         if (i % 100'000 == 0) node(ATTRIBUTE_NODE, last), node(TEXT_NODE, last->parent);
     }
-    pthread_attr_t attr;
-    pthread_attr_init(&attr);
-    ASSERT_EQ(pthread_attr_setstacksize(&attr, 256 * 1024), 0);
-    pthread_t thread;
-    auto destroy = [](void *tree) -> void * { return vrkDOM_destroyNode(static_cast<vrkNode *>(tree), 1), nullptr; };
-    ASSERT_EQ(pthread_create(&thread, &attr, destroy, root), 0);
-    pthread_join(thread, nullptr);
-    pthread_attr_destroy(&attr);
+    runOnSmallStack([root] { vrkDOM_destroyNode(root, 1); });
     EXPECT_EQ(liveAllocations(), baseline);
 }

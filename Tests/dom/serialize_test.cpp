@@ -1,6 +1,5 @@
 // The serializer: the calls of the write callback in both encodings, the
 // UTF-8 buffer, refused allocations and very deep trees.
-#include <pthread.h>
 
 #include <algorithm>
 #include <cstdlib>
@@ -12,6 +11,7 @@
 
 #include <gtest/gtest.h>
 
+#include "support/small_stack.h"
 #include "support/alloc_fault.h"
 #include "support/parse_helpers.h"
 #include "support/tree_text.h"
@@ -280,17 +280,7 @@ TEST(SerializeDeep, HundredThousandLevelsOnASmallStack) {
             }
         });
     };
-    pthread_attr_t attributes;
-    pthread_attr_init(&attributes);
-    pthread_attr_setstacksize(&attributes, 256 * 1024);
-    pthread_t thread;
-    auto trampoline = [](void *argument) -> void * {
-        (*static_cast<std::function<void()> *>(argument))();
-        return nullptr;
-    };
-    ASSERT_EQ(pthread_create(&thread, &attributes, trampoline, &work), 0);
-    pthread_join(thread, nullptr);
-    pthread_attr_destroy(&attributes);
+    runOnSmallStack(work);
 
     EXPECT_TRUE(out8 == kHeader8 + body + "\n");
     EXPECT_TRUE(out16 == kHeader16 + encoded(std::u16string(body.begin(), body.end()) + u"\n", ENCODING_UTF16));

@@ -1,12 +1,12 @@
 // Running out of resources during a parse: deep nesting must not use stack
 // per level, and exhausted memory anywhere fails the parse without leaks.
-#include <pthread.h>
 
 #include <functional>
 #include <string>
 
 #include <gtest/gtest.h>
 
+#include "support/small_stack.h"
 #include "support/alloc_fault.h"
 #include "support/parse_helpers.h"
 #include "support/tree_text.h"
@@ -22,21 +22,6 @@ std::string repeat(const std::string &piece, int32_t count) {
     out.reserve(piece.size() * static_cast<std::size_t>(count));
     for (int32_t i = 0; i < count; ++i) out += piece;
     return out;
-}
-
-// Runs work on a thread of 256 KiB stack, far too little for a frame per level.
-void runOnSmallStack(std::function<void()> work) {
-    pthread_attr_t attributes;
-    ASSERT_EQ(pthread_attr_init(&attributes), 0);
-    ASSERT_EQ(pthread_attr_setstacksize(&attributes, 256 * 1024), 0);
-    pthread_t thread;
-    auto entry = [](void *argument) -> void * {
-        (*static_cast<std::function<void()> *>(argument))();
-        return nullptr;
-    };
-    ASSERT_EQ(pthread_create(&thread, &attributes, entry, &work), 0);
-    EXPECT_EQ(pthread_join(thread, nullptr), 0);
-    pthread_attr_destroy(&attributes);
 }
 
 }  // namespace
