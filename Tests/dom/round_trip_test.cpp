@@ -8,6 +8,8 @@
 
 #include <gtest/gtest.h>
 
+#include "support/random.h"
+#include "support/serialize_helpers.h"
 #include "support/parse_helpers.h"
 #include "support/tree_text.h"
 #include "support/unitext.h"
@@ -31,9 +33,9 @@ constexpr char16_t kBeyond16Bits[] = u"\U0001D11E";
 
 // Well-formed documents of many shapes, the same on every run (splitmix64).
 // With `wide`, characters beyond 16 bits stand in text and values.
-class DocumentGenerator {
+class DocumentGenerator : private Random {
 public:
-    DocumentGenerator(uint64_t seed, bool wide) : state_(seed), wide_(wide) {}
+    DocumentGenerator(uint64_t seed, bool wide) : Random(seed), wide_(wide) {}
 
     std::u16string document(bool utf16) {
         std::u16string out;
@@ -52,14 +54,6 @@ public:
     }
 
 private:
-    uint32_t below(std::size_t n) {
-        uint64_t z = (state_ += 0x9E3779B97F4A7C15ull);
-        z = (z ^ (z >> 30)) * 0xBF58476D1CE4E5B9ull;
-        z = (z ^ (z >> 27)) * 0x94D049BB133111EBull;
-        return static_cast<uint32_t>((z ^ (z >> 31)) % n);
-    }
-    bool chance(uint32_t percent) { return below(100) < percent; }
-    const std::u16string &pick(const Atoms &atoms) { return atoms[below(atoms.size())]; }
     std::u16string run(const Atoms &atoms, uint32_t most) {
         std::u16string out;
         for (uint32_t n = 1 + below(most); n > 0; --n) out += wide_ && chance(5) ? kBeyond16Bits : pick(atoms);
@@ -137,31 +131,16 @@ private:
         inScope_.resize(scope);
     }
 
-    uint64_t state_;
     bool wide_;
     uint32_t maxDepth_ = 1;
     Atoms inScope_;
 };
 
-std::string serialized(const vrkNode *node, int32_t encoding) {
-    std::string out;
-    auto append = [](const void *bytes, uint32_t length, void *user) {
-        static_cast<std::string *>(user)->append(static_cast<const char *>(bytes), length);
-        return 0;
-    };
-    EXPECT_EQ(vrkDOM_serialize(node, encoding, append, &out), 1);
-    return out;
-}
 
 std::string utf8Of(std::u16string_view text) {
     return utf8(units(text).data());
 }
 
-std::u16string unitsOf(const std::string &bytes) {
-    std::u16string out(bytes.size() / 2, u'\0');
-    std::memcpy(out.data(), bytes.data(), out.size() * 2);
-    return out;
-}
 
 // A character reference comes back as plain text, which then joins its
 // neighbours: the comparison joins adjacent text nodes of both trees first.
@@ -183,16 +162,6 @@ void joinAdjacentText(vrkNode *parent) {
     }
 }
 
-// The namespace fields, of which describe() shows only namespaceURI.
-std::string namespaceFields(const vrkNode *node) {
-    std::string out;
-    if (node->type == ELEMENT_NODE || node->type == ATTRIBUTE_NODE) {
-        out += utf8(node->prefix) + "|" + utf8(node->localName) + "|" + utf8(node->namespaceURI) + ";";
-    }
-    for (const vrkNode *a = node->attributes.first; a != nullptr; a = a->next) out += namespaceFields(a);
-    for (const vrkNode *c = node->firstChild; c != nullptr; c = c->next) out += namespaceFields(c);
-    return out;
-}
 
 }  // namespace
 

@@ -92,4 +92,19 @@ std::string describe(const vrkNode *node) {
     return out;
 }
 
+std::string namespaceFields(const vrkNode *node) {
+    std::string out;
+    if (node->type == ELEMENT_NODE || node->type == ATTRIBUTE_NODE) {
+        out += utf8(node->prefix);
+        out += '|';
+        out += utf8(node->localName);
+        out += '|';
+        out += utf8(node->namespaceURI);
+        out += ';';
+    }
+    for (const vrkNode *a = node->attributes.first; a != nullptr; a = a->next) out += namespaceFields(a);
+    for (const vrkNode *c = node->firstChild; c != nullptr; c = c->next) out += namespaceFields(c);
+    return out;
+}
+
 }  // namespace vrktest

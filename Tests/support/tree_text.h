@@ -15,6 +15,10 @@ namespace vrktest {
 
 std::string describe(const vrkNode *node);
 
+// prefix|localName|namespaceURI; of every element and attribute of the
+// subtree in document order (describe() shows only namespaceURI).
+std::string namespaceFields(const vrkNode *node);
+
 // UTF-8 of a library string, for messages; "(null)" for null.
 std::string utf8(const UniChar *s);
 
