@@ -203,6 +203,12 @@ typedef int (*vrkWriteFunc)(const void *data, uint32_t length, void *userData);
 #define ERR_HIERARCHY_REQUEST    29 /* the node may not be placed there            */
 #define ERR_NOT_FOUND            34 /* the node is not a child of that parent      */
 #define ERR_NAMESPACE            40 /* namespace name or prefix missing            */
+/* Limits of this library's own, beyond the grammar: */
+#define ERR_TEXT_TOO_LONG        41 /* the text has more than 2,147,483,647 units:
+                                       offsets would not fit 32 bits; refused by
+                                       vrkDOM_parse before anything is decoded or
+                                       swapped, with offset 0 and the message
+                                       "Text too long: more than 2147483647 units." */
 
 /* ------------------------------------------------------------------------ */
 /* Exported data                                                            */
@@ -259,7 +265,7 @@ int32_t  vrkunistrncmp(const UniChar *a, const UniChar *b, int32_t n);
  * behind the sequence whatever the verdict. */
 UniChar  vrkUTF8ToUniChar(const char **cursor);
 /* Number of units the zero-terminated UTF-8 text s decodes to, or -1 when it
- * is malformed anywhere. */
+ * is malformed anywhere or the count exceeds 2,147,483,647. */
 int32_t  vrkUTF8StrLen(const char *s);
 /* Decodes the zero-terminated UTF-8 text s.  With dest null: a new string
  * (caller frees), or null when s is malformed (nothing allocated) or memory
@@ -276,7 +282,9 @@ void     SwapUTF16(UniChar *s);
 /* Writes the 1, 2 or 3 UTF-8 bytes of one unit to dest (no terminator) and
  * returns their number.  Surrogates are written one by one, never paired. */
 int32_t  vrkUniCharToUTF8(UniChar unit, char *dest);
-/* Number of UTF-8 bytes the whole of s needs (no terminator counted). */
+/* Number of UTF-8 bytes the whole of s needs (no terminator counted), or -1
+ * when that exceeds 2,147,483,647 (the conversions with a null dest then
+ * give null, and the serializer's result is 0). */
 int32_t  vrkUniCharToUTF8Len(const UniChar *s);
 /* The same for at most the first n units; n <= 0 gives 0. */
 int32_t  vrkUniCharNToUTF8Len(const UniChar *s, int32_t n);
@@ -483,6 +491,8 @@ const UniChar *DOM_getDeclaredNameSpacePrefix(const vrkNode *node, const UniChar
  * in the opposite order is byte-swapped in place and stays swapped.  UTF-16
  * text may begin at any address.
  *
+ * A text of more than 2,147,483,647 units fails with ERR_TEXT_TOO_LONG.
+ *
  * What is read: UTF-8 text up to and including its first zero byte, UTF-16
  * text up to and including its first zero unit.  A text whose first byte is
  * '<' or a white-space byte (0x09 to 0x0D, 0x20) and whose second byte is
@@ -499,7 +509,16 @@ int32_t  IdentifyCharacterEncoding(const void *bytes, int32_t length);
  * frees), or null when memory runs out. */
 UniChar *tokenToString(const Token *token);
 /* Pushes a namespace declaration on the context's stack: 1, or 0 when the
- * entry cannot be allocated (the stack unchanged). */
+ * entry cannot be allocated (the stack unchanged).  The entry is allocated
+ * with a little room of the library's own behind the public record: every
+ * entry on a stack must come from this function.
+ *
+ * Cost of lookups: the default namespace (prefix null) is found at once,
+ * however many declarations are in scope, and so is any of the four
+ * prefixes looked up or declared most recently.  Another prefix is found by
+ * a walk from the innermost declaration outward: a document that declares n
+ * prefixes in nested scope and uses more than four of the outermost ones
+ * in turn, in each of m elements, costs on the order of n * m steps. */
 int32_t  pushNameSpaceStack(ProduceContext *context, const Token *prefix, const Token *uri);
 /* Pops every entry whose depth is at least the context's depth. */
 void     popNameSpaceStack(ProduceContext *context);
@@ -581,7 +600,8 @@ int32_t Produce_Char(uint32_t value);
  * byte order mark), one call of write per piece: each tag part, name, run of
  * text and reference.  Result 1 when all was written, 0 otherwise: another
  * encoding (nothing written), the scratch buffer's first allocation failed
- * (only the header written), or it could not grow (UTF-8 only; everything
+ * (only the header written), or it could not grow, also because a piece's
+ * UTF-8 form would exceed 2,147,483,647 bytes (UTF-8 only; everything
  * ahead of that piece stays written, no end tags or closing line feed
  * follow).  The tree is only read.  UTF-16 pieces are the node's own units,
  * handed to write in place.

@@ -33,6 +33,7 @@ const char *errorName(int32_t code) {
         VRK_NAME(ERR_HIERARCHY_REQUEST)
         VRK_NAME(ERR_NOT_FOUND)
         VRK_NAME(ERR_NAMESPACE)
+        VRK_NAME(ERR_TEXT_TOO_LONG)
 #undef VRK_NAME
     default:
         return "UNKNOWN_ERROR";

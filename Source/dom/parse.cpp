@@ -2,6 +2,7 @@
 #include <cstdlib>
 
 #include "unistring/export.h"
+#include "unistring/text_limits.h"
 #include "unistring/unit_access.h"
 
 namespace {
@@ -37,25 +38,28 @@ VRK_EXPORT vrkNode *vrkDOM_parse(void *text, vrkParseError *result) {
     const auto *bytes = static_cast<const unsigned char *>(text);
     const int32_t length = bytes[0] == 0 ? 1 : 2;
 
-    switch (IdentifyCharacterEncoding(text, length)) {
-    case ENCODING_UTF8:
-        context.textStart = vrkUTF8ToUniCharString(static_cast<const char *>(text), nullptr);
-        if (context.textStart == nullptr) {
-            failEntry(result, ERR_ENCODING_DECL, "Unable to process UTF-8 encoding, probably corrupt.",
-                      __LINE__);
-            return nullptr;
-        }
-        break;
-    case ENCODING_UTF16:
-        context.textStart = units;
-        break;
-    case ENCODING_UTF16_SWAPPED:
-        swapUnits(units, vrkunistrlen(units));
-        context.textStart = units;
-        break;
-    default:
+    const int32_t encoding = IdentifyCharacterEncoding(text, length);
+    if (encoding == ENCODING_UNKNOWN) {
         failEntry(result, ERR_BAD_ENCODING, "Must be UTF-8 or UTF-16 encoding", __LINE__);
         return nullptr;
+    }
+    // Every offset must fit 32 bits: a longer text is refused before
+    // anything is decoded or swapped.
+    const int64_t count = encoding == ENCODING_UTF8 ? vrk::utf8UnitCount(static_cast<const char *>(text))
+                                                    : vrk::unitCount(units);
+    if (count > vrk::kMaxTextUnits) {
+        failEntry(result, ERR_TEXT_TOO_LONG, "Text too long: more than 2147483647 units.", __LINE__);
+        return nullptr;
+    }
+    if (encoding == ENCODING_UTF8) {
+        context.textStart = count < 0 ? nullptr : vrk::decodeMeasuredUtf8(static_cast<const char *>(text), count);
+        if (context.textStart == nullptr) {
+            failEntry(result, ERR_ENCODING_DECL, "Unable to process UTF-8 encoding, probably corrupt.", __LINE__);
+            return nullptr;
+        }
+    } else {
+        if (encoding == ENCODING_UTF16_SWAPPED) swapUnits(units, static_cast<int32_t>(count));
+        context.textStart = units;
     }
 
     vrkNode *document = nullptr;

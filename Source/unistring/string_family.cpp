@@ -4,16 +4,25 @@
 #include <cstring>
 
 #include "unistring/export.h"
+#include "unistring/text_limits.h"
 #include "unistring/unit_access.h"
 
 using vrk::loadUnit;
 using vrk::storeUnit;
 
-VRK_EXPORT int32_t vrkunistrlen(const UniChar *s) {
+namespace vrk {
+
+int64_t unitCount(const UniChar *s) {
     const UniChar *p = s;
     while (loadUnit(p) != 0) ++p;
-    return static_cast<int32_t>(p - s);
+    return p - s;
 }
+
+}  // namespace vrk
+
+// A string longer than the 32-bit range is beyond this family: the count
+// then wraps (no operation of the library hands such a string in).
+VRK_EXPORT int32_t vrkunistrlen(const UniChar *s) { return static_cast<int32_t>(vrk::unitCount(s)); }
 
 VRK_EXPORT UniChar *vrkunistrcpy(UniChar *dest, const UniChar *src) {
     // memmove copies as the forward walk does whenever dest lies at or below src.

@@ -3,6 +3,7 @@
 #include "unistring/unit_access.h"
 #include "xmlparser/literal.h"
 #include "xmlparser/parse_error.h"
+#include "xmlparser/tag_attributes.h"
 
 namespace {
 
@@ -48,7 +49,9 @@ VRK_EXPORT int32_t Produce_NSAttName(ProduceContext *context, Token *name, Token
     return PRODUCE_OK;
 }
 
-VRK_EXPORT int32_t Produce_Attribute(ProduceContext *context) {
+VRK_EXPORT int32_t Produce_Attribute(ProduceContext *context) { return vrk::produceAttribute(context, nullptr); }
+
+int32_t vrk::produceAttribute(ProduceContext *context, TagAttributes *tag) {
     Token name, prefix, local, value;
     const int32_t declaration = Produce_NSAttName(context, &name, &prefix, &local);
     if (declaration == PRODUCE_ERROR) return PRODUCE_ERROR;
@@ -85,7 +88,9 @@ VRK_EXPORT int32_t Produce_Attribute(ProduceContext *context) {
     }
     attribute->value = resolved;
 
-    vrkNode *displaced = vrkElementReal_setAttributeNode(VRK_PARSER_SITE, context->current, attribute, exception);
+    vrkNode *displaced = tag != nullptr ? vrk::setTagAttribute(*tag, attribute)
+                                        : vrkElementReal_setAttributeNode(VRK_PARSER_SITE, context->current,
+                                                                          attribute, exception);
     if (displaced == nullptr) return PRODUCE_OK;
     // The second attribute of a name stays in the map; the first goes.
     vrkDOM_destroyNode(displaced, 0);

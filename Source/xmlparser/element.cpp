@@ -8,6 +8,7 @@
 #include "unistring/unit_access.h"
 #include "xmlparser/literal.h"
 #include "xmlparser/parse_error.h"
+#include "xmlparser/tag_attributes.h"
 
 using vrk::loadUnit;
 
@@ -71,12 +72,15 @@ VRK_EXPORT int32_t Produce_STagOREmptyElemTag(ProduceContext *context, Token *na
     context->current = element;
 
     // Attributes need no white space between them.
-    for (;;) {
+    vrk::TagAttributes tag;
+    tag.element = element;
+    int32_t read;
+    do {
         Produce_S(context);
-        const int32_t attribute = Produce_Attribute(context);
-        if (attribute == PRODUCE_ERROR) return PRODUCE_ERROR;
-        if (attribute == PRODUCE_NO_MATCH) break;
-    }
+        read = vrk::produceAttribute(context, &tag);
+    } while (read == PRODUCE_OK);
+    vrk::clearTagAttributes(tag);
+    if (read == PRODUCE_ERROR) return PRODUCE_ERROR;
 
     // All declarations of the tag are on the stack now, wherever they stood.
     // Failures stay pending in the record.

@@ -1,6 +1,7 @@
 // Looking prefixes up on the namespace stack and giving parsed nodes their
 // namespace names.
 #include "unistring/export.h"
+#include "xmlparser/namespace_stack.h"
 #include "xmlparser/parse_error.h"
 
 namespace {
@@ -10,6 +11,29 @@ constexpr UniChar kXmlPrefix[] = {'x', 'm', 'l', 0};
 void setToken(Token *out, const UniChar *start, int32_t length) {
     out->start = const_cast<UniChar *>(start);
     out->end = out->start + length - 1;
+}
+
+bool declares(const NameSpaceStackEntry *entry, const UniChar *prefix, int32_t prefixLength) {
+    return entry != nullptr && entry->prefix != nullptr && entry->prefixLength == prefixLength &&
+           vrkunistrncmp(entry->prefix, prefix, prefixLength) == 0;
+}
+
+// The nearest declaration of a prefix: from what the top entry remembers,
+// or by a walk from the top down, whose answer the top then remembers.
+const NameSpaceStackEntry *findPrefix(const NameSpaceStackEntry *top, const UniChar *prefix, int32_t prefixLength) {
+    if (top == nullptr) return nullptr;
+    vrk::StackRecord *record = vrk::recordOf(top);
+    for (const NameSpaceStackEntry *known : record->remembered) {
+        if (declares(known, prefix, prefixLength)) return known;
+    }
+    for (const NameSpaceStackEntry *entry = top; entry != nullptr; entry = entry->next) {
+        if (declares(entry, prefix, prefixLength)) {
+            record->remembered[record->replaceNext] = entry;
+            record->replaceNext = (record->replaceNext + 1) % vrk::StackRecord::kRemembered;
+            return entry;
+        }
+    }
+    return nullptr;
 }
 
 }  // namespace
@@ -24,18 +48,16 @@ VRK_EXPORT int32_t getNameSpaceURI(ProduceContext *context, const UniChar *prefi
         setToken(out, XMLNS_URI, vrkunistrlen(XMLNS_URI));
         return 1;
     }
-    const int32_t prefixLength = prefix == nullptr ? 0 : vrkunistrlen(prefix);
-    for (const NameSpaceStackEntry *entry = context->nameSpaceStack; entry != nullptr; entry = entry->next) {
-        const bool found = prefix == nullptr
-                               ? entry->prefix == nullptr
-                               : entry->prefix != nullptr && entry->prefixLength == prefixLength &&
-                                     vrkunistrncmp(entry->prefix, prefix, prefixLength) == 0;
-        if (found) {
-            setToken(out, entry->uri, entry->uriLength);
-            return 1;
-        }
+    const NameSpaceStackEntry *found = nullptr;
+    if (prefix == nullptr) {
+        // The nearest default declaration, remembered by the top entry.
+        if (context->nameSpaceStack != nullptr) found = vrk::recordOf(context->nameSpaceStack)->nearestDefault;
+    } else {
+        found = findPrefix(context->nameSpaceStack, prefix, vrkunistrlen(prefix));
     }
-    return 0;
+    if (found == nullptr) return 0;
+    setToken(out, found->uri, found->uriLength);
+    return 1;
 }
 
 VRK_EXPORT int32_t resolveNameSpace(ProduceContext *context, vrkNode *node) {

@@ -1,0 +1,32 @@
+// The record behind each namespace stack entry.
+#pragma once
+
+#include "vrkxml.h"
+
+namespace vrk {
+
+// pushNameSpaceStack allocates this larger record, of which the public
+// entry is the first member.  Beside the entry it remembers answers that
+// hold for the stack as it stands from this entry down, so that lookups do
+// not walk the whole stack again for every element (which would make a
+// deeply nested document quadratic):
+//  - the nearest default declaration at or below the entry;
+//  - the nearest declarations of a few prefixes looked up or declared
+//    recently.  A new entry inherits its parent's, with its own prefix
+//    taking the place of an older declaration of the same prefix; a lookup
+//    that had to walk records its answer in the top entry.  Entries above
+//    come and go without touching these, so they stay true.
+struct StackRecord {
+    static constexpr int kRemembered = 4;
+
+    NameSpaceStackEntry entry;
+    const NameSpaceStackEntry *nearestDefault;
+    const NameSpaceStackEntry *remembered[kRemembered];
+    int replaceNext;
+};
+
+inline StackRecord *recordOf(const NameSpaceStackEntry *entry) {
+    return reinterpret_cast<StackRecord *>(const_cast<NameSpaceStackEntry *>(entry));
+}
+
+}  // namespace vrk
