@@ -3,6 +3,7 @@
 
 #include "unistring/export.h"
 #include "unistring/text_limits.h"
+#include "xmlparser/document.h"
 #include "unistring/unit_access.h"
 
 namespace {
@@ -63,7 +64,7 @@ VRK_EXPORT vrkNode *vrkDOM_parse(void *text, vrkParseError *result) {
     }
 
     vrkNode *document = nullptr;
-    if (Produce_document(&context) == PRODUCE_OK) {
+    if (vrk::produceDocument(&context, static_cast<int32_t>(count)) == PRODUCE_OK) {
         document = context.document;
     } else {
         *result = context.error;

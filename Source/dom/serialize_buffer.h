@@ -7,8 +7,8 @@ namespace vrk {
 
 constexpr int32_t kSerializeBufferInitialCapacity = 64;
 
-// Converts the first `count` units of string (fewer if a zero unit comes
-// first), or the whole string for a negative count, into the buffer with a
+// Converts the first `count` units of string, which must all be there and
+// none zero, or the whole string for a negative count, into the buffer with a
 // terminating zero byte.  Grows the block to exactly the needed size when
 // it is too small (never shrinks).  Returns the byte count, or -1 when the
 // block cannot grow, the buffer then keeping its old block and capacity.

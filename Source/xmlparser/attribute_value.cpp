@@ -4,6 +4,7 @@
 
 #include "unistring/export.h"
 #include "unistring/unit_access.h"
+#include "unistring/find_unit.h"
 #include "xmlparser/parse_error.h"
 
 using vrk::loadUnit;
@@ -15,12 +16,12 @@ VRK_EXPORT int32_t Produce_AttValue(ProduceContext *context, Token *value) {
     ++context->cursor;
     value->start = context->cursor;
     for (;;) {
-        UniChar *p = context->cursor;
-        UniChar unit = 0;
         // Every unit but &, < and the quote passes unexamined.
-        while (p <= context->textEnd && (unit = loadUnit(p)) != quote && unit != '&' && unit != '<') ++p;
+        UniChar *p = quote == '"' ? vrk::findUnit<'"', '&', '<'>(context->cursor, context->textEnd)
+                                  : vrk::findUnit<'\'', '&', '<'>(context->cursor, context->textEnd);
         context->cursor = p;
         if (p > context->textEnd) break;
+        const UniChar unit = loadUnit(p);
         if (unit == quote) {
             value->end = p - 1;
             ++context->cursor;

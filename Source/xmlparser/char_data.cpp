@@ -1,6 +1,7 @@
 // Character data and CDATA sections inside elements.
 #include "unistring/export.h"
 #include "unistring/unit_access.h"
+#include "unistring/find_unit.h"
 #include "xmlparser/literal.h"
 #include "xmlparser/parse_error.h"
 
@@ -23,14 +24,13 @@ VRK_EXPORT int32_t Produce_CharData(ProduceContext *context) {
     UniChar *const start = context->cursor;
     UniChar *p = start;
     for (;; ++p) {
+        p = vrk::findUnit<'<', '&', ']'>(p, context->textEnd);
         if (p > context->textEnd) {
             // Text that no markup follows never becomes a node.
             context->cursor = p;
             return PRODUCE_NO_MATCH;
         }
-        const UniChar unit = loadUnit(p);
-        if (unit == '<' || unit == '&') break;
-        if (unit == ']' && vrk::startsWith(p, kCDEnd)) break;
+        if (loadUnit(p) != ']' || vrk::startsWith(p, kCDEnd)) break;
     }
     context->cursor = p;
     if (p == start) return PRODUCE_NO_MATCH;
@@ -52,7 +52,9 @@ VRK_EXPORT int32_t Produce_CDEnd(ProduceContext *context) {
 
 VRK_EXPORT int32_t Produce_CData(ProduceContext *context) {
     UniChar *p = context->cursor;
-    while (p <= context->textEnd && !(loadUnit(p) == ']' && vrk::startsWith(p, kCDEnd))) ++p;
+    for (; (p = vrk::findUnit<']'>(p, context->textEnd)) <= context->textEnd; ++p) {
+        if (vrk::startsWith(p, kCDEnd)) break;
+    }
     context->cursor = p;
     if (p > context->textEnd) return VRK_PARSE_ERROR(context, ERR_UNTERMINATED, p);
     return PRODUCE_OK;

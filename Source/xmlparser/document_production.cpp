@@ -1,6 +1,7 @@
 // document ::= prolog element Misc*
 #include "unistring/export.h"
 #include "unistring/unit_access.h"
+#include "xmlparser/document.h"
 #include "xmlparser/parse_error.h"
 
 namespace {
@@ -16,8 +17,12 @@ int32_t abandonDocument(ProduceContext *context) {
 }  // namespace
 
 VRK_EXPORT int32_t Produce_document(ProduceContext *context) {
+    return vrk::produceDocument(context, vrkunistrlen(context->textStart));
+}
+
+int32_t vrk::produceDocument(ProduceContext *context, int32_t length) {
     context->cursor = context->textStart;
-    context->textEnd = context->textStart + vrkunistrlen(context->textStart) - 1;
+    context->textEnd = context->textStart + length - 1;
     context->document = nullptr;
     context->current = nullptr;
     context->depth = 0;

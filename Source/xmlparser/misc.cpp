@@ -2,6 +2,7 @@
 // root element.  Comments leave no trace in the tree.
 #include "unistring/export.h"
 #include "unistring/unit_access.h"
+#include "unistring/find_unit.h"
 #include "xmlparser/literal.h"
 #include "xmlparser/parse_error.h"
 
@@ -26,11 +27,11 @@ VRK_EXPORT int32_t Produce_Comment(ProduceContext *context) {
     // The scan begins behind the opening: "<!-->" does not close itself.
     UniChar *p = context->cursor + kCommentOpen.length;
     for (;; ++p) {
+        p = vrk::findUnit<'-'>(p, context->textEnd);
         if (p > context->textEnd) {
             context->cursor = p;
             return VRK_PARSE_ERROR(context, ERR_UNTERMINATED, p);
         }
-        if (loadUnit(p) != '-') continue;
         if (vrk::startsWith(p, kCommentClose)) {
             context->cursor = p + kCommentClose.length;
             return PRODUCE_OK;

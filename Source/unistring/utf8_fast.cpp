@@ -1,0 +1,51 @@
+#include "unistring/utf8_fast.h"
+
+#include "unistring/unit_access.h"
+
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
+
+namespace vrk {
+
+int64_t utf8BytesOfRun(const UniChar *s, int64_t units) {
+    int64_t bytes = units;
+    int64_t i = 0;
+#if defined(__SSE2__)
+    // A unit adds a byte above 0x7F and another above 0x7FF.
+    const __m128i below80 = _mm_set1_epi16(0x7F);
+    const __m128i below800 = _mm_set1_epi16(0x7FF);
+    const __m128i zero = _mm_setzero_si128();
+    for (; i + 8 <= units; i += 8) {
+        const __m128i x = _mm_loadu_si128(reinterpret_cast<const __m128i *>(s + i));
+        const int over80 = _mm_movemask_epi8(_mm_cmpeq_epi16(_mm_subs_epu16(x, below80), zero)) ^ 0xFFFF;
+        if (over80 == 0) continue;
+        const int over800 = _mm_movemask_epi8(_mm_cmpeq_epi16(_mm_subs_epu16(x, below800), zero)) ^ 0xFFFF;
+        bytes += (__builtin_popcount(static_cast<unsigned>(over80)) + __builtin_popcount(static_cast<unsigned>(over800))) / 2;
+    }
+#endif
+    for (; i < units; ++i) {
+        const UniChar unit = loadUnit(s + i);
+        bytes += (unit >= 0x80) + (unit >= 0x800);
+    }
+    return bytes;
+}
+
+void encodeRun(const UniChar *s, int64_t units, char *dest) {
+    int64_t i = 0;
+#if defined(__SSE2__)
+    const __m128i below80 = _mm_set1_epi16(0x7F);
+    const __m128i zero = _mm_setzero_si128();
+    while (i + 8 <= units) {
+        const __m128i x = _mm_loadu_si128(reinterpret_cast<const __m128i *>(s + i));
+        if (_mm_movemask_epi8(_mm_cmpeq_epi16(_mm_subs_epu16(x, below80), zero)) != 0xFFFF) break;
+        _mm_storel_epi64(reinterpret_cast<__m128i *>(dest), _mm_packus_epi16(x, x));
+        dest += 8;
+        i += 8;
+    }
+#endif
+    for (; i < units; ++i) dest += vrkUniCharToUTF8(loadUnit(s + i), dest);
+    *dest = 0;
+}
+
+}  // namespace vrk
