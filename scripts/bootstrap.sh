@@ -5,7 +5,7 @@ set -euo pipefail
 
 # Building and the test suite; the benchmarks; fuzzing (clang and its
 # sanitizer runtimes); the memcheck pass.
-packages=(cmake g++ make libgtest-dev libbenchmark-dev clang libclang-rt-14-dev valgrind)
+packages=(cmake g++ make pkg-config libgtest-dev libbenchmark-dev clang libclang-rt-14-dev valgrind)
 missing=()
 for package in "${packages[@]}"; do
     dpkg -s "$package" >/dev/null 2>&1 || missing+=("$package")

@@ -1,8 +1,8 @@
 #!/bin/sh
 # check_exports.sh LIBRARY EXPORT_MAP [ABI_SHEET]
-# Fails when the shared library defines a dynamic symbol that the export map
-# does not list, or when the export map and the interface sheet (if it is
-# present) list different names.
+# Fails when the shared library's defined dynamic symbols differ from the
+# names the export map lists (nothing more, nothing less), or when the export
+# map and the interface sheet (if it is present) list different names.
 set -eu
 library=$1
 map=$2
@@ -15,6 +15,10 @@ nm -D --defined-only "$library" | awk '{print $3}' | sort -u > "$exported"
 extra=$(comm -23 "$exported" "$listed")
 if [ -n "$extra" ]; then
     echo "exported but not part of the interface:"; echo "$extra"; exit 1
+fi
+missing=$(comm -13 "$exported" "$listed")
+if [ -n "$missing" ]; then
+    echo "part of the interface but not exported:"; echo "$missing"; exit 1
 fi
 
 if [ -n "$sheet" ] && [ -f "$sheet" ]; then

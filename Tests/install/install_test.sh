@@ -1,0 +1,28 @@
+#!/bin/bash
+# Installs the built library into a temporary prefix and builds two small
+# consumers against it: a C program through pkg-config and a C++ program
+# through the CMake package.  Both must run.
+#   install_test.sh BUILD_DIR C_COMPILER CXX_COMPILER
+set -euo pipefail
+build=$1 cc=$2 cxx=$3
+here=$(cd "$(dirname "$0")" && pwd)
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+prefix=$work/prefix
+
+cmake --install "$build" --prefix "$prefix" >/dev/null
+test -L "$prefix/lib/libvrkxml.so" && test -L "$prefix/lib/libvrkxml.so.1" && test -f "$prefix/lib/libvrkxml.a"
+
+# The soname links must be resolved by the loader at run time.
+export LD_LIBRARY_PATH=$prefix/lib
+
+export PKG_CONFIG_PATH=$prefix/lib/pkgconfig
+# shellcheck disable=SC2046
+"$cc" -std=c99 -Wall -Wextra -pedantic -Werror "$here/c_consumer.c" $(pkg-config --cflags --libs vrkxml) \
+    -o "$work/c_consumer"
+"$work/c_consumer"
+
+cmake -S "$here/cxx_consumer" -B "$work/cxx" -DCMAKE_PREFIX_PATH="$prefix" -DCMAKE_CXX_COMPILER="$cxx" >/dev/null
+cmake --build "$work/cxx" >/dev/null
+"$work/cxx/cxx_consumer"
+echo "install ok"
