@@ -630,6 +630,34 @@ void    DOM_checkIntegrityInternal(const vrkNode *parent, const vrkNode *firstCh
 /* vfprintf onto stdout; returns what vfprintf returns. */
 int     DebugPrint(const char *format, ...);
 
+/* ------------------------------------------------------------------------ */
+/* Conveniences                                                             */
+/* ------------------------------------------------------------------------ */
+/* Each Real operation under its name without "Real", filling callerFile and
+ * callerLine with the calling site's __FILE__ and __LINE__; the other
+ * arguments follow as in the operation, the exception record last:
+ *   vrkNode_appendChild(parent, child, &exception)
+ * is vrkNodeReal_appendChild(__FILE__, __LINE__, parent, child, &exception).
+ * They are macros only: nothing is exported under these names. */
+#define vrkDOM_createDocument(...) vrkDOMReal_createDocument(__FILE__, __LINE__, __VA_ARGS__)
+#define vrkDOM_createEANode(...) vrkDOMReal_createEANode(__FILE__, __LINE__, __VA_ARGS__)
+#define vrkDOM_createEANodeNSP(...) vrkDOMReal_createEANodeNSP(__FILE__, __LINE__, __VA_ARGS__)
+#define vrkDOM_createEANodeNS(...) vrkDOMReal_createEANodeNS(__FILE__, __LINE__, __VA_ARGS__)
+#define vrkDOM_createTextNode(...) vrkDOMReal_createTextNode(__FILE__, __LINE__, __VA_ARGS__)
+#define vrkDOM_createCDATASection(...) vrkDOMReal_createCDATASection(__FILE__, __LINE__, __VA_ARGS__)
+#define vrkDOM_createProcessingInstruction(...) \
+    vrkDOMReal_createProcessingInstruction(__FILE__, __LINE__, __VA_ARGS__)
+#define vrkNode_setNodeValue(...) vrkNodeReal_setNodeValue(__FILE__, __LINE__, __VA_ARGS__)
+#define vrkNode_appendChild(...) vrkNodeReal_appendChild(__FILE__, __LINE__, __VA_ARGS__)
+#define vrkNode_insertBefore(...) vrkNodeReal_insertBefore(__FILE__, __LINE__, __VA_ARGS__)
+#define vrkNode_replaceChild(...) vrkNodeReal_replaceChild(__FILE__, __LINE__, __VA_ARGS__)
+#define vrkNode_removeChild(...) vrkNodeReal_removeChild(__FILE__, __LINE__, __VA_ARGS__)
+#define vrkNode_setPrefix(...) vrkNodeReal_setPrefix(__FILE__, __LINE__, __VA_ARGS__)
+#define vrkNode_normalize(...) vrkNodeReal_normalize(__FILE__, __LINE__, __VA_ARGS__)
+#define vrkNode_cloneNode(...) vrkNodeReal_cloneNode(__FILE__, __LINE__, __VA_ARGS__)
+#define vrkElement_setAttributeNode(...) vrkElementReal_setAttributeNode(__FILE__, __LINE__, __VA_ARGS__)
+#define vrkElement_setAttributeNodeNS(...) vrkElementReal_setAttributeNodeNS(__FILE__, __LINE__, __VA_ARGS__)
+
 #ifdef __cplusplus
 }
 #endif
