@@ -1,10 +1,5 @@
-// vrkxml: the library's command-line tool.
-//
-//   vrkxml check FILE...       reports each file as well-formed, or where it is not
-//   vrkxml cat [--utf16] FILE  parses FILE and writes it back out
-//
-// FILE may be "-" for standard input.  Exit status: 0 success, 1 a document
-// is not well-formed, 2 usage or input/output trouble.
+// vrkxml: the library's command-line tool.  `vrkxml --help` describes it.
+#include <chrono>
 #include <cstdio>
 #include <cstring>
 #include <string>
@@ -12,6 +7,7 @@
 
 #include "error_names.h"
 #include "input_text.h"
+#include "tree_report.h"
 #include "vrkxml.h"
 
 namespace {
@@ -20,11 +16,39 @@ constexpr int kExitOk = 0;
 constexpr int kExitNotWellFormed = 1;
 constexpr int kExitTrouble = 2;
 
+constexpr const char *kManual =
+    "NAME\n"
+    "    vrkxml - check, write back, outline and measure XML documents\n"
+    "\n"
+    "SYNOPSIS\n"
+    "    vrkxml check FILE...\n"
+    "    vrkxml cat [--utf16] FILE\n"
+    "    vrkxml tree FILE\n"
+    "    vrkxml stats FILE\n"
+    "    vrkxml --help\n"
+    "\n"
+    "DESCRIPTION\n"
+    "    Reads UTF-8 or UTF-16 documents (either byte order; the encoding is\n"
+    "    detected from the first two bytes) with libvrkxml.  FILE may be - for\n"
+    "    standard input.\n"
+    "\n"
+    "COMMANDS\n"
+    "    check   Reports each FILE as well-formed, or as\n"
+    "            FILE:LINE:COLUMN: error: NAME (code N) on standard error,\n"
+    "            followed by the line and a caret under the column.\n"
+    "    cat     Writes the document back out as UTF-8, or as UTF-16 in the\n"
+    "            machine's byte order with --utf16.\n"
+    "    tree    Prints an indented outline of the tree.\n"
+    "    stats   Prints node counts by kind, the depth, and the parse time\n"
+    "            and throughput.\n"
+    "\n"
+    "EXIT STATUS\n"
+    "    0  success\n"
+    "    1  a document is not well-formed\n"
+    "    2  usage error, or a file could not be read or written\n";
+
 int usage() {
-    std::fprintf(stderr,
-                 "usage: vrkxml check FILE...\n"
-                 "       vrkxml cat [--utf16] FILE\n"
-                 "FILE may be - for standard input.\n");
+    std::fprintf(stderr, "usage: vrkxml check FILE... | cat [--utf16] FILE | tree FILE | stats FILE | --help\n");
     return kExitTrouble;
 }
 
@@ -88,6 +112,41 @@ int cat(const std::string &path, int32_t encoding) {
     return kExitOk;
 }
 
+int tree(const std::string &path) {
+    std::vector<char> bytes;
+    int status = kExitOk;
+    vrkNode *document = parseInput(path, bytes, status);
+    if (document == nullptr) return status;
+    vrktool::printOutline(document, stdout);
+    vrkDOM_destroyNode(document, 1);
+    return std::fflush(stdout) == 0 ? kExitOk : kExitTrouble;
+}
+
+int stats(const std::string &path) {
+    std::vector<char> bytes;
+    if (!vrktool::readInput(path, bytes)) {
+        std::fprintf(stderr, "%s: cannot read\n", path.c_str());
+        return kExitTrouble;
+    }
+    const std::size_t size = bytes.size() - 4;  // readInput adds four zero bytes
+    vrkParseError error{};
+    const auto started = std::chrono::steady_clock::now();
+    vrkNode *document = vrkDOM_parse(bytes.data(), &error);
+    const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - started).count();
+    if (document == nullptr) {
+        reportError(path, bytes, error);
+        return kExitNotWellFormed;
+    }
+    const vrktool::TreeCounts counts = vrktool::countTree(document);
+    vrkDOM_destroyNode(document, 1);
+    std::printf("%s\n  bytes           %zu\n  elements        %lld\n  attributes      %lld\n"
+                "  text nodes      %lld\n  CDATA sections  %lld\n  instructions    %lld\n  depth           %lld\n"
+                "  parse time      %.3f ms\n  throughput      %.1f MB/s\n",
+                path.c_str(), size, counts.elements, counts.attributes, counts.texts, counts.cdataSections,
+                counts.instructions, counts.maxDepth, seconds * 1e3, seconds > 0 ? static_cast<double>(size) / seconds / 1e6 : 0.0);
+    return kExitOk;
+}
+
 }  // namespace
 
 int main(int argc, char **argv) {
@@ -95,7 +154,13 @@ int main(int argc, char **argv) {
     if (args.empty()) return usage();
     const std::string command = args.front();
     args.erase(args.begin());
+    if (command == "--help" || command == "-h" || command == "help") {
+        std::fputs(kManual, stdout);
+        return kExitOk;
+    }
     if (command == "check" && !args.empty()) return check(args);
+    if (command == "tree" && args.size() == 1) return tree(args.front());
+    if (command == "stats" && args.size() == 1) return stats(args.front());
     if (command == "cat") {
         int32_t encoding = ENCODING_UTF8;
         if (!args.empty() && args.front() == "--utf16") {

@@ -72,5 +72,24 @@ expect_status 2 "check without files"
 run cat --utf16
 expect_status 2 "cat without file"
 
+printf '<a x="1"><b>t</b><?p d?><![CDATA[c]]></a>' > small.xml
+run tree small.xml
+expect_status 0 "tree"
+printf '<a x="1">\n  <b>\n    "t"\n  <?p "d"?>\n  CDATA "c"\n' > small.tree
+expect_file out small.tree "tree"
+
+run stats small.xml
+expect_status 0 "stats"
+grep -q '^  elements        2$' out && grep -q '^  attributes      1$' out && grep -q '^  depth           3$' out ||
+    fail "stats counts"
+run stats bad.xml
+expect_status 1 "stats bad"
+
+run --help
+expect_status 0 "--help"
+grep -q '^EXIT STATUS$' out || fail "--help has no exit status section"
+run tree
+expect_status 2 "tree without file"
+
 [ "$failures" -eq 0 ] || { echo "$failures failure(s)" >&2; exit 1; }
 echo "all tool checks passed"

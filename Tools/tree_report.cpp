@@ -1,0 +1,113 @@
+#include "tree_report.h"
+
+#include <string>
+#include <vector>
+
+namespace vrktool {
+
+namespace {
+
+std::string utf8(const UniChar *s) {
+    if (s == nullptr) return "";
+    std::vector<char> out(static_cast<std::size_t>(vrkUniCharToUTF8Len(s)) + 1);
+    vrkUniCharStringToUTF8(s, out.data());
+    return out.data();
+}
+
+// A value for one line: quoted, control characters escaped, cut short.
+std::string shown(const UniChar *value) {
+    constexpr std::size_t kMost = 60;
+    std::string out(1, '"');
+    std::size_t units = 0;
+    for (const UniChar *p = value; p != nullptr && *p != 0; ++p, ++units) {
+        if (units == kMost) {
+            out += "...";
+            break;
+        }
+        const UniChar unit = *p;
+        if (unit == '\n') out += "\\n";
+        else if (unit == '\r') out += "\\r";
+        else if (unit == '\t') out += "\\t";
+        else if (unit == '"' || unit == '\\') out += '\\', out += static_cast<char>(unit);
+        else {
+            const UniChar one[] = {unit, 0};
+            out += utf8(one);
+        }
+    }
+    out += '"';
+    return out;
+}
+
+// Visits every node below the document in document order, with its depth
+// (1 for the document's children), without recursion.
+template <class Visit>
+void walk(const vrkNode *document, Visit visit) {
+    long long depth = 1;
+    const vrkNode *node = document->firstChild;
+    while (node != nullptr) {
+        visit(node, depth);
+        if (node->firstChild != nullptr && node->type == ELEMENT_NODE) {
+            node = node->firstChild;
+            ++depth;
+            continue;
+        }
+        while (node != nullptr && node->next == nullptr) {
+            node = node->parent == document ? nullptr : node->parent;
+            --depth;
+        }
+        if (node != nullptr) node = node->next;
+    }
+}
+
+}  // namespace
+
+void printOutline(const vrkNode *document, std::FILE *out) {
+    walk(document, [out](const vrkNode *node, long long depth) {
+        constexpr long long kMostIndented = 40;
+        if (depth <= kMostIndented) {
+            std::fprintf(out, "%*s", static_cast<int>(2 * (depth - 1)), "");
+        } else {
+            std::fprintf(out, "[%lld] ", depth);
+        }
+        switch (node->type) {
+        case ELEMENT_NODE: {
+            std::string line(1, '<');
+            line += utf8(node->name);
+            for (const vrkNode *a = node->attributes.first; a != nullptr; a = a->next) {
+                line += ' ';
+                line += utf8(a->name);
+                line += '=';
+                line += shown(a->value);
+            }
+            std::fprintf(out, "%s>\n", line.c_str());
+            break;
+        }
+        case TEXT_NODE: std::fprintf(out, "%s\n", shown(node->value).c_str()); break;
+        case CDATA_SECTION_NODE: std::fprintf(out, "CDATA %s\n", shown(node->value).c_str()); break;
+        case PROCESSING_INSTRUCTION_NODE:
+            std::fprintf(out, "<?%s %s?>\n", utf8(node->name).c_str(), shown(node->value).c_str());
+            break;
+        default: std::fprintf(out, "(node of type %d)\n", node->type); break;
+        }
+    });
+}
+
+TreeCounts countTree(const vrkNode *document) {
+    TreeCounts counts;
+    walk(document, [&counts](const vrkNode *node, long long depth) {
+        if (depth > counts.maxDepth) counts.maxDepth = depth;
+        switch (node->type) {
+        case ELEMENT_NODE:
+            ++counts.elements;
+            counts.attributes += vrkNamedNodeMap_getLength(&node->attributes);
+            break;
+        case TEXT_NODE: ++counts.texts; break;
+        case CDATA_SECTION_NODE: ++counts.cdataSections; break;
+        case PROCESSING_INSTRUCTION_NODE: ++counts.instructions; break;
+        default: break;
+        }
+    });
+    return counts;
+}
+
+}  // namespace vrktool
