@@ -2,9 +2,12 @@
 # Installs the built library into a temporary prefix and builds two small
 # consumers against it: a C program through pkg-config and a C++ program
 # through the CMake package.  Both must run.
-#   install_test.sh BUILD_DIR C_COMPILER CXX_COMPILER
+#   install_test.sh BUILD_DIR C_COMPILER CXX_COMPILER [SANITIZER_FLAGS]
+# A library built with sanitizers needs consumers built with the same flags
+# (';'-separated, as CMake passes a list).
 set -euo pipefail
 build=$1 cc=$2 cxx=$3
+read -r -a sanitize <<< "${4//;/ }"
 here=$(cd "$(dirname "$0")" && pwd)
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
@@ -18,11 +21,12 @@ export LD_LIBRARY_PATH=$prefix/lib
 
 export PKG_CONFIG_PATH=$prefix/lib/pkgconfig
 # shellcheck disable=SC2046
-"$cc" -std=c99 -Wall -Wextra -pedantic -Werror "$here/c_consumer.c" $(pkg-config --cflags --libs vrkxml) \
+"$cc" -std=c99 -Wall -Wextra -pedantic -Werror "${sanitize[@]}" "$here/c_consumer.c" $(pkg-config --cflags --libs vrkxml) \
     -o "$work/c_consumer"
 "$work/c_consumer"
 
-cmake -S "$here/cxx_consumer" -B "$work/cxx" -DCMAKE_PREFIX_PATH="$prefix" -DCMAKE_CXX_COMPILER="$cxx" >/dev/null
+cmake -S "$here/cxx_consumer" -B "$work/cxx" -DCMAKE_PREFIX_PATH="$prefix" -DCMAKE_CXX_COMPILER="$cxx" \
+    -DCMAKE_CXX_FLAGS="${sanitize[*]}" -DCMAKE_EXE_LINKER_FLAGS="${sanitize[*]}" >/dev/null
 cmake --build "$work/cxx" >/dev/null
 "$work/cxx/cxx_consumer"
 echo "install ok"
