@@ -4,8 +4,10 @@
 set -euo pipefail
 
 # Building and the test suite; the benchmarks; fuzzing (clang and its
-# sanitizer runtimes); the memcheck pass.
-packages=(cmake g++ make pkg-config libgtest-dev libbenchmark-dev clang libclang-rt-14-dev valgrind)
+# sanitizer runtimes); the memcheck pass; the peer libraries the performance
+# benchmark compares with.
+packages=(cmake g++ make pkg-config libgtest-dev libbenchmark-dev clang libclang-rt-14-dev valgrind
+          libpugixml-dev libxml2-dev libexpat1-dev libtinyxml2-dev libxerces-c-dev)
 missing=()
 for package in "${packages[@]}"; do
     dpkg -s "$package" >/dev/null 2>&1 || missing+=("$package")

@@ -1,0 +1,39 @@
+// Counting this program's own heap use.  The benchmark program is linked
+// with malloc, calloc, realloc and free wrapped (-Wl,--wrap), so every call
+// that the statically linked library makes passes through here; the peer
+// libraries are shared objects and call the C library directly.
+//
+// Tracking is off unless a Tracking object is alive, so the timed loops pay
+// one test of a flag per call.
+#ifndef VRKXML_BENCH_ALLOC_TRACKING_H
+#define VRKXML_BENCH_ALLOC_TRACKING_H
+
+#include <cstddef>
+#include <cstdint>
+
+namespace vrkperf {
+
+// Counts from its construction to its destruction.  One at a time, and only
+// on the thread that runs the benchmarks.
+class Tracking {
+public:
+    Tracking();
+    ~Tracking();
+    Tracking(const Tracking &) = delete;
+    Tracking &operator=(const Tracking &) = delete;
+
+    // Successful malloc, calloc and realloc calls so far.
+    std::uint64_t allocations() const;
+    // The most bytes (usable sizes) live at once, counted from zero at the
+    // start: blocks older than the Tracking object that are freed meanwhile
+    // lower the running count but never the peak.
+    std::int64_t peakBytes() const;
+};
+
+// Bytes the C library's allocator has handed out and not taken back, for
+// the whole process, peer libraries included (ordinary and mapped blocks).
+std::size_t heapInUse();
+
+}  // namespace vrkperf
+
+#endif
