@@ -32,7 +32,9 @@ int32_t finishElement(ProduceContext *context) {
     const vrkNode *element = context->current;
     context->current = element->parent;
     const int32_t length = lengthOf(endName);
-    if (vrkunistrlen(element->name) != length || vrkunistrncmp(element->name, endName.start, length) != 0) {
+    // The end tag's units hold no zero, so equal units followed by the
+    // name's terminator mean equal names, without measuring the name.
+    if (vrkunistrncmp(element->name, endName.start, length) != 0 || element->name[length] != 0) {
         return VRK_PARSE_ERROR(context, ERR_END_TAG, context->cursor);
     }
     return PRODUCE_OK;
