@@ -4,6 +4,7 @@
 #include <malloc.h>
 
 #include <algorithm>
+#include <cstring>
 
 extern "C" {
 void *__real_malloc(std::size_t size);
@@ -23,6 +24,37 @@ std::uint64_t gAllocations = 0;
 std::int64_t gLiveBytes = 0;
 std::int64_t gPeakBytes = 0;
 
+// The arena: blocks carry their size in the 16 bytes before them, so that
+// realloc can copy and free can tell arena blocks from others.
+char *gArenaStart = nullptr;
+char *gArenaEnd = nullptr;
+char *gArenaNext = nullptr;
+bool gArenaOverflowed = false;
+constexpr std::size_t kHeader = 16;
+
+bool inArena(void *block) {
+    auto *p = static_cast<char *>(block);
+    return p != nullptr && p >= gArenaStart && p < gArenaEnd;
+}
+
+void *arenaAllocate(std::size_t size) {
+    const std::size_t rounded = (size + kHeader - 1) / kHeader * kHeader;
+    if (static_cast<std::size_t>(gArenaEnd - gArenaNext) < kHeader + rounded) {
+        gArenaOverflowed = true;
+        return nullptr;
+    }
+    std::memcpy(gArenaNext, &size, sizeof size);
+    void *block = gArenaNext + kHeader;
+    gArenaNext += kHeader + rounded;
+    return block;
+}
+
+std::size_t arenaSize(void *block) {
+    std::size_t size;
+    std::memcpy(&size, static_cast<char *>(block) - kHeader, sizeof size);
+    return size;
+}
+
 std::int64_t usable(void *block) { return block == nullptr ? 0 : static_cast<std::int64_t>(malloc_usable_size(block)); }
 
 void added(void *block) {
@@ -35,18 +67,31 @@ void added(void *block) {
 }  // namespace
 
 extern "C" void *__wrap_malloc(std::size_t size) {
+    if (gArenaStart != nullptr) {
+        if (void *block = arenaAllocate(size)) return block;
+    }
     void *block = __real_malloc(size);
     if (gTracking) added(block);
     return block;
 }
 
 extern "C" void *__wrap_calloc(std::size_t count, std::size_t size) {
+    if (gArenaStart != nullptr && size != 0 && count <= SIZE_MAX / size) {
+        if (void *block = arenaAllocate(count * size)) return std::memset(block, 0, count * size);
+    }
     void *block = __real_calloc(count, size);
     if (gTracking) added(block);
     return block;
 }
 
 extern "C" void *__wrap_realloc(void *block, std::size_t size) {
+    if (gArenaStart != nullptr && (block == nullptr || inArena(block))) {
+        if (void *moved = arenaAllocate(size)) {
+            if (block != nullptr) std::memcpy(moved, block, std::min(size, arenaSize(block)));
+            return moved;
+        }
+        if (block != nullptr) return nullptr;  // an arena block cannot move to the C library's heap
+    }
     if (!gTracking) return __real_realloc(block, size);
     const std::int64_t before = usable(block);
     void *moved = __real_realloc(block, size);
@@ -60,6 +105,7 @@ extern "C" void *__wrap_realloc(void *block, std::size_t size) {
 }
 
 extern "C" void __wrap_free(void *block) {
+    if (inArena(block)) return;
     if (gTracking) gLiveBytes -= usable(block);
     __real_free(block);
 }
@@ -74,6 +120,25 @@ Tracking::Tracking() {
 }
 
 Tracking::~Tracking() { gTracking = false; }
+
+Arena::Arena(std::size_t bytes) {
+    gArenaStart = static_cast<char *>(__real_malloc(bytes));
+    gArenaEnd = gArenaStart + bytes;
+    std::memset(gArenaStart, 0, bytes);  // touch every page before the timing
+    reset();
+}
+
+Arena::~Arena() {
+    __real_free(gArenaStart);
+    gArenaStart = gArenaEnd = gArenaNext = nullptr;
+}
+
+void Arena::reset() {
+    gArenaNext = gArenaStart;
+    gArenaOverflowed = false;
+}
+
+bool Arena::sufficed() const { return !gArenaOverflowed; }
 
 std::uint64_t Tracking::allocations() const { return gAllocations; }
 

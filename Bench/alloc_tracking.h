@@ -30,6 +30,23 @@ public:
     std::int64_t peakBytes() const;
 };
 
+// While alive, the library's allocations come from one preallocated region
+// by bumping a pointer and its frees cost nothing, so that a timed parse
+// and release measure our own work without the allocator's.  reset() makes
+// the whole region free again (call it only when no block from it is live).
+// One at a time, on the thread that runs the benchmarks.
+class Arena {
+public:
+    explicit Arena(std::size_t bytes);
+    ~Arena();
+    Arena(const Arena &) = delete;
+    Arena &operator=(const Arena &) = delete;
+
+    void reset();
+    // False when the region ran out and the C library served the rest.
+    bool sufficed() const;
+};
+
 // Bytes the C library's allocator has handed out and not taken back, for
 // the whole process, peer libraries included (ordinary and mapped blocks).
 std::size_t heapInUse();

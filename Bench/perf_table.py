@@ -124,6 +124,19 @@ def main():
     print("### Parse + destroy, MB/s\n")
     print(table(header, rows, list(range(2, len(header)))))
 
+    print("\n### Where the parse + destroy time goes (ms per MB of input)\n")
+    header = ["document", "parse + destroy", "own work (allocator taken out)", "malloc floor",
+              "the rest: allocator with our pattern", "own work share"]
+    rows = []
+    for d in documents:
+        total, own, bare = (mbps(run(d, k, o)) for k, o in
+                            (("vrkxml", "parse_destroy"), ("vrkxml", "own_work"), ("floor", "malloc_free")))
+        if not (total and own and bare):
+            continue
+        t, w, f = 1000 / total, 1000 / own, 1000 / bare
+        rows.append([d, (t, 2), (w, 2), (f, 2), (t - w - f, 2), f"{w / t * 100:.0f} %"])
+    print(table(header, rows, [1, 2, 3]))
+
     print("\n### Serialize (MB of input per second)\n")
     header = ["document", "libvrkxml UTF-8", "libvrkxml UTF-16"] + [n for _, n in writers]
     rows = [[d, (mbps(run(d, "vrkxml", "serialize_utf8")), 0), (mbps(run(d, "vrkxml", "serialize_utf16")), 0)]
