@@ -45,6 +45,7 @@ extern "C" {
 /* One 16-bit code unit in the machine's byte order. */
 typedef uint16_t UniChar;
 
+/* A node of a tree; the record is laid out below. */
 typedef struct vrkNode vrkNode;
 
 /* The attribute list held inside every node: `count` attributes chained
@@ -113,7 +114,12 @@ typedef struct Token {
     UniChar *end;
 } Token;
 
-/* One namespace declaration in scope during a parse; points into the text. */
+/* One namespace declaration in scope during a parse, made by
+ * pushNameSpaceStack and freed by popNameSpaceStack; it belongs to the stack
+ * and copies nothing.  depth: the context's depth at the push.  prefix: the
+ * declared prefix in the text, null (length 0) for the default namespace.
+ * uri: the raw value in the text, references unresolved.  next: the entry
+ * pushed before, null at the bottom. */
 typedef struct NameSpaceStackEntry {
     int32_t                     depth;
     UniChar                    *prefix;
@@ -123,8 +129,20 @@ typedef struct NameSpaceStackEntry {
     struct NameSpaceStackEntry *next;
 } NameSpaceStackEntry;
 
-/* The parser's working state, one per parse.  `textEnd` is the last unit of
- * the text (a zero unit always follows it). */
+/* The parser's working state, one per parse, owned by whoever runs the
+ * productions (vrkDOM_parse keeps it in its own frame).  Fields:
+ *   textStart:      first unit of the text, byte order mark included; every
+ *                   offset counts from here.  The context never frees it.
+ *   textEnd:        the last unit of the text (a zero unit always follows it).
+ *   cursor:         the next unit to read.
+ *   document:       the tree being built; null until it is made and after
+ *                   Produce_document has destroyed it.
+ *   current:        the node that receives children: the document, or the
+ *                   innermost element whose end has not been reached.
+ *   depth:          number of elements whose content is being read.
+ *   nameSpaceStack: the declaration pushed last, null when none is in scope.
+ *   error:          the first error of the parse; code 0 while there is none.
+ *                   The parser's tree operations report straight into it. */
 typedef struct ProduceContext {
     UniChar             *textStart;
     UniChar             *textEnd;
@@ -137,14 +155,17 @@ typedef struct ProduceContext {
 } ProduceContext;
 
 /* One predefined entity reference: the character, and the reference as
- * written ("&lt;") with its length in units. */
+ * written ("&lt;") with its length in units.  The library's rows are the
+ * static predefEnt. */
 typedef struct PredefEntity {
     UniChar        character;
     int32_t        length;
     const UniChar *text;
 } PredefEntity;
 
-/* Scratch buffer of one serialization: `capacity` + 1 bytes at `data`. */
+/* Scratch buffer of one serialization: `capacity` + 1 bytes at `data`, a
+ * malloc'ed block that belongs to whoever made the buffer and is freed by
+ * them (vrkDOM_serialize makes and frees its own). */
 typedef struct SerializeBuffer {
     char   *data;
     int32_t capacity;
@@ -214,7 +235,8 @@ typedef int (*vrkWriteFunc)(const void *data, uint32_t length, void *userData);
 /* Exported data                                                            */
 /* ------------------------------------------------------------------------ */
 
-/* The five predefined entity references, in the order <, >, &, ', ". */
+/* The five predefined entity references, in the order <, >, &, ', ".  All
+ * the data here is static and read-only: never written, never freed. */
 extern const PredefEntity predefEnt[5];
 /* "&lt;", "&gt;", "&amp;", "&apos;", "&quot;" as zero-terminated strings. */
 extern const UniChar xmllt[], xmlgt[], xmlamp[], xmlapos[], xmlquot[];
@@ -387,7 +409,8 @@ vrkNode *NamedNodeMap_removeNamedItemNS(vrkNamedNodeMap *map,
 /* Puts node into the map: in place of the attribute with the same name,
  * which is returned (now the caller's), or at the end, returning null. */
 vrkNode *vrkNamedNodeMap_setNamedItem(vrkNamedNodeMap *map, vrkNode *node);
-/* NS form of the set. */
+/* NS form of the set.  A node without namespaceURI or localName always goes
+ * at the end. */
 vrkNode *vrkNamedNodeMap_setNamedItemNS(vrkNamedNodeMap *map, vrkNode *node);
 /* Sets attribute (in no map, null previous and next) on element: the
  * replaced attribute (the caller's) or null.  ERR_HIERARCHY_REQUEST when
@@ -395,7 +418,7 @@ vrkNode *vrkNamedNodeMap_setNamedItemNS(vrkNamedNodeMap *map, vrkNode *node);
 vrkNode *vrkElementReal_setAttributeNode(const char *callerFile, int32_t callerLine,
                                          vrkNode *element, vrkNode *attribute,
                                          vrkDOMException *exception);
-/* NS form of the set on an element. */
+/* NS form of the set on an element, refusing alike. */
 vrkNode *vrkElementReal_setAttributeNodeNS(const char *callerFile, int32_t callerLine,
                                            vrkNode *element, vrkNode *attribute,
                                            vrkDOMException *exception);
@@ -460,7 +483,8 @@ vrkNode *vrkNodeReal_cloneNode(const char *callerFile, int32_t callerLine, const
 /* Element or attribute from a namespace name and a prefixed qualified name
  * (zero-terminated, qualifiedNameLength >= 1), split by the QName grammar;
  * what follows the first QName is dropped.  ERR_NAMESPACE for a null
- * namespaceURI or a name without a prefix. */
+ * namespaceURI or a name that is no QName or has no prefix.  The new node is
+ * the caller's; exhausted memory as for the factories. */
 vrkNode       *vrkDOMReal_createEANodeNS(const char *callerFile, int32_t callerLine, int32_t type,
                                          const UniChar *namespaceURI, int32_t uriLength,
                                          const UniChar *qualifiedName,
@@ -472,8 +496,9 @@ vrkNode       *vrkDOMReal_createEANodeNS(const char *callerFile, int32_t callerL
  * compares exactly over prefixLength units. */
 const UniChar *vrkDOM_getDeclaredNameSpace(const vrkNode *node, int32_t acceptDefault,
                                            const UniChar *prefix, int32_t prefixLength);
-/* The `prefix` field ("xmlns") of a prefixed declaration of uri in force at
- * node, or null. */
+/* The `prefix` field ("xmlns") of the first prefixed declaration of uri at
+ * node or above, or null; owned by the declaring attribute.  Nearest element
+ * first; xmlns and uri compare through vrkunistrcmp, folding case. */
 const UniChar *DOM_getDeclaredNameSpacePrefix(const vrkNode *node, const UniChar *uri);
 
 /* ------------------------------------------------------------------------ */
@@ -520,22 +545,40 @@ UniChar *tokenToString(const Token *token);
  * prefixes in nested scope and uses more than four of the outermost ones
  * in turn, in each of m elements, costs on the order of n * m steps. */
 int32_t  pushNameSpaceStack(ProduceContext *context, const Token *prefix, const Token *uri);
-/* Pops every entry whose depth is at least the context's depth. */
+/* Pops and frees every top entry whose depth is at least the context's
+ * depth (signed); with depth 0 that is every entry the parser pushed. */
 void     popNameSpaceStack(ProduceContext *context);
-/* Looks a prefix (null: the default namespace) up: 1 and *out, or 0. */
+/* Looks a zero-terminated prefix (null: the default namespace) up: 1 and
+ * *out, or 0 with *out untouched.  xml and xmlns, case folded, answer with
+ * the reserved names first.  *out points into the pushed text or at static
+ * data, and is not to be freed. */
 int32_t  getNameSpaceURI(ProduceContext *context, const UniChar *prefix, Token *out);
-/* Fills namespaceURI (and a missing localName) of a parsed node: 1 done, 0
- * no namespace or an error recorded in the context. */
+/* Fills namespaceURI (and a missing localName) of a parsed node with new
+ * strings the node owns: 1 done (an attribute without a prefix: untouched),
+ * 0 no namespace, or ERR_UNDECLARED_PREFIX or ERR_OUT_OF_MEMORY recorded in
+ * the context. */
 int32_t  resolveNameSpace(ProduceContext *context, vrkNode *node);
 /* Resolves the references in a malloc'ed attribute value in place; returns
- * the string to keep (possibly moved: the block is shrunk once when a
- * reference was resolved), or null when that shrinking failed, s then still
+ * the string to keep (possibly moved: the block is reallocated once to its
+ * new length when s holds a &), or null when that failed, s then still
  * being the caller's.  A unit a reference produced is plain text; a & that
  * begins no reference (the parser never hands one in) is kept as it is. */
 UniChar *AttrValueRefResolve(UniChar *s);
 
 /* Productions.  Each returns PRODUCE_OK, PRODUCE_NO_MATCH or PRODUCE_ERROR
- * and records the first error in context->error.
+ * and records the first error in context->error.  PRODUCE_NO_MATCH leaves
+ * the cursor unmoved, but for Produce_CharData at the end of the text.
+ *
+ * Ownership: a node a production makes goes into the tree at once (appended
+ * to context->current, or an attribute set on it) and belongs to
+ * context->document; beside the nodes only namespace stack entries are
+ * allocated.  After PRODUCE_ERROR nothing is unwound (Produce_Attribute only
+ * destroys a node it could not set): current, depth and the stack stay as
+ * they are, and whoever runs the parse sets depth to 0, calls
+ * popNameSpaceStack and destroys the document (Produce_document does this
+ * for the root).  While context->error holds a code the tree operations
+ * refuse, so a production that needs a node returns PRODUCE_ERROR without
+ * recording anything.
  *
  * Nesting depth: Produce_content reads the elements nested in it with a
  * loop, not by calling Produce_element for each child, so the depth of a
@@ -543,52 +586,161 @@ UniChar *AttrValueRefResolve(UniChar *s);
  * element costs nothing beyond its node: its start tag's name is matched
  * against the node's own name.  vrkDOM_destroyNode releases a tree of any
  * depth in the same way. */
+/* Parses the zero-terminated text at textStart (the only field it needs)
+ * into context->document, which is the caller's after PRODUCE_OK.
+ * PRODUCE_ERROR (never NO_MATCH) leaves the stack empty and document null,
+ * or still set for the caller to destroy when the prolog failed.  Text
+ * behind the root and the comments, PIs and white space after it is not
+ * examined. */
 int32_t Produce_document(ProduceContext *context);
+/* An optional XML declaration, then comments, PIs (nodes under
+ * context->current) and white space.  PRODUCE_OK or PRODUCE_ERROR. */
 int32_t Produce_prolog(ProduceContext *context);
+/* One element, start tag to end tag, appended with its subtree to
+ * context->current.  NO_MATCH when no start tag begins here; ERR_END_TAG
+ * when the end tag is missing or its qualified name differs (exactly). */
 int32_t Produce_element(ProduceContext *context);
+/* The content of the element context->current, up to where nothing matches
+ * (its own end tag is left unread); nested elements are read whole here.
+ * PRODUCE_OK or PRODUCE_ERROR; an error of a text run stays pending. */
 int32_t Produce_content(ProduceContext *context);
+/* A comment, a processing instruction (a node under context->current) or
+ * white space. */
 int32_t Produce_Misc(ProduceContext *context);
+/* Skips a comment; no node is made.  ERR_UNTERMINATED when the text ends
+ * first, ERR_COMMENT_HYPHENS at a "--" that no > follows. */
 int32_t Produce_Comment(ProduceContext *context);
+/* A processing instruction, appended to context->current with copies of its
+ * target and data (the white space between them dropped).  ERR_BAD_PI for a
+ * missing or refused target and for a missing "?>". */
 int32_t Produce_PI(ProduceContext *context);
+/* A Name, the cursor behind it.  NO_MATCH (cursor unmoved) for no name and
+ * for xml, in any case, followed by white space.  Records nothing. */
 int32_t Produce_PITarget(ProduceContext *context);
+/* "<?xml", version info, optional encoding and standalone parts, "?>";
+ * judged, then dropped.  NO_MATCH without "<?xml"; ERR_XMLDECL_VERSION,
+ * ERR_XMLDECL_END; an error of an optional part stays pending. */
 int32_t Produce_XMLDecl(ProduceContext *context);
+/* White space, "version", Eq and a quoted VersionNum.  NO_MATCH (cursor
+ * unmoved) without the white space or the keyword; then ERR_EQ_MISSING,
+ * ERR_OPENING_QUOTE, ERR_DECL_VALUE or ERR_CLOSING_QUOTE. */
 int32_t Produce_VersionInfo(ProduceContext *context);
+/* One or more of a-z, A-Z, 0-9, _ . : -; nothing else is checked or kept.
+ * Records nothing. */
 int32_t Produce_VersionNum(ProduceContext *context);
+/* White space, "encoding", Eq and a quoted EncName.  NO_MATCH as for the
+ * version; then ERR_EQ_MISSING, ERR_ENCODING_DECL (no opening quote), the
+ * EncName's error or ERR_CLOSING_QUOTE. */
 int32_t Produce_EncodingDecl(ProduceContext *context);
+/* A run of a-z, A-Z, 0-9, _ . -, maybe empty.  At 5 or 6 units it must be
+ * UTF-8 or UTF-16 (folded through toupper), else ERR_BAD_ENCODING at its
+ * start; other lengths pass unjudged.  Never NO_MATCH. */
 int32_t Produce_EncName(ProduceContext *context);
+/* White space, "standalone", Eq and a quoted yes or no (not kept).  NO_MATCH
+ * as for the version; then ERR_EQ_MISSING, ERR_OPENING_QUOTE, ERR_DECL_VALUE
+ * or ERR_CLOSING_QUOTE. */
 int32_t Produce_SDDecl(ProduceContext *context);
+/* A run of text up to <, & or "]]>", appended to context->current as a text
+ * node.  NO_MATCH, nothing made, for an empty run (cursor unmoved) and for a
+ * run that the end of the text stops (cursor on the terminator). */
 int32_t Produce_CharData(ProduceContext *context);
+/* A CDATA section, appended to context->current with a copy of what stands
+ * between its delimiters.  NO_MATCH without "<![CDATA["; ERR_UNTERMINATED
+ * without "]]>". */
 int32_t Produce_CDSect(ProduceContext *context);
+/* "<![CDATA[", the cursor behind it; else NO_MATCH.  Records nothing. */
 int32_t Produce_CDStart(ProduceContext *context);
+/* Moves the cursor onto the next "]]>".  Without one: ERR_UNTERMINATED, the
+ * cursor on the terminator. */
 int32_t Produce_CData(ProduceContext *context);
+/* "]]>", the cursor behind it; else NO_MATCH.  Records nothing. */
 int32_t Produce_CDEnd(ProduceContext *context);
+/* One attribute, set on the element context->current with its namespace not
+ * yet resolved; a declaration is also pushed, with its raw value.  NO_MATCH
+ * (cursor unmoved) when no name begins here.  A repeated name records
+ * ERR_DUPLICATE_ATTRIBUTE, the new node replacing the old, which is
+ * destroyed; on any other failure no new node is left. */
 int32_t Produce_Attribute(ProduceContext *context);
+/* From here through Produce_QName: recognisers that read only the cursor and
+ * textEnd of the context, allocate and record nothing, and give PRODUCE_OK
+ * or PRODUCE_NO_MATCH. */
+/* One unit of the BaseChar class; the cursor moves one unit on. */
 int32_t Produce_BaseChar(ProduceContext *context);
+/* One unit of the Ideographic class. */
 int32_t Produce_Ideographic(ProduceContext *context);
+/* One unit of the CombiningChar class. */
 int32_t Produce_CombiningChar(ProduceContext *context);
+/* One unit of the Digit class (more than 0-9). */
 int32_t Produce_Digit(ProduceContext *context);
+/* One unit of the Extender class. */
 int32_t Produce_Extender(ProduceContext *context);
+/* One BaseChar or Ideographic unit. */
 int32_t Produce_Letter(ProduceContext *context);
+/* One Letter, Digit, CombiningChar, Extender, -, . or _ unit; no match once
+ * the cursor is past textEnd. */
 int32_t Produce_NCNameChar(ProduceContext *context);
+/* An NCNameChar, or a colon (read without the textEnd bound). */
 int32_t Produce_NameChar(ProduceContext *context);
+/* A Letter or _, then NCNameChars; the cursor moves behind the name. */
 int32_t Produce_NCName(ProduceContext *context);
+/* An NCName: the part of a QName ahead of its colon. */
 int32_t Produce_Prefix(ProduceContext *context);
+/* An NCName: the part of a QName behind its colon, or all of it. */
 int32_t Produce_LocalPart(ProduceContext *context);
+/* A Letter, _ or colon, then NameChars: a:b:c is one Name. */
 int32_t Produce_Name(ProduceContext *context);
+/* One or more of 0x20, 0x09, 0x0D, 0x0A. */
 int32_t Produce_S(ProduceContext *context);
+/* An =, with optional white space on both sides. */
 int32_t Produce_Eq(ProduceContext *context);
+/* Prefix ":" LocalPart, or LocalPart alone, into the three tokens; prefix
+ * has both pointers null when there is no colon, and a second colon ends the
+ * name.  The tokens mean nothing after NO_MATCH. */
 int32_t Produce_QName(ProduceContext *context, Token *qualified, Token *prefix, Token *local);
+/* A start or empty-element tag.  Its element is appended to context->current
+ * and made current before the attributes are read; namespaces are resolved
+ * behind them, their errors left pending.  *hasContent is 1 after >, or 0
+ * after /> (current then back at the parent); name is the qualified name.
+ * NO_MATCH (cursor unmoved) unless < and a QName begin here; ERR_TAG_END
+ * when neither > nor /> ends the tag. */
 int32_t Produce_STagOREmptyElemTag(ProduceContext *context, Token *name, int32_t *hasContent);
+/* An end tag: "</", a QName, optional white space, ">"; name gets the
+ * qualified name, compared with nothing here.  NO_MATCH (cursor unmoved)
+ * without "</"; ERR_ETAG_NAME without a name, ERR_TAG_END without >. */
 int32_t Produce_ETag(ProduceContext *context, Token *name);
+/* A declaration's name: "xmlns:" NCName (prefix xmlns, local the declared
+ * prefix) or "xmlns" (prefix start null, name and local xmlns).  NO_MATCH
+ * (cursor unmoved) otherwise; ERR_NSATT_NAME from the first form. */
 int32_t Produce_NSAttName(ProduceContext *context, Token *name, Token *prefix, Token *local);
+/* "xmlns:" and an NCName: name the whole, prefix xmlns, local the NCName.
+ * NO_MATCH (cursor unmoved) without "xmlns:"; ERR_NSATT_NAME, behind the
+ * colon, when no NCName follows. */
 int32_t Produce_PrefixedAttName(ProduceContext *context, Token *name, Token *prefix,
                                 Token *local);
+/* The five units "xmlns" into token, whatever follows them; else NO_MATCH
+ * (cursor unmoved).  Records nothing. */
 int32_t Produce_DefaultAttName(ProduceContext *context, Token *token);
+/* A quoted value; value gets the units between the quotes, references
+ * checked but not resolved.  NO_MATCH (cursor unmoved) without a quote;
+ * ERR_ATTVALUE_END at a <, at a & that begins no reference and at the end of
+ * the text; ERR_CHAR_REF for a bad character reference. */
 int32_t Produce_AttValue(ProduceContext *context, Token *value);
+/* A predefined entity or character reference, the cursor behind it.  Mode 1
+ * (content) appends a one-unit text node to context->current; other modes
+ * make nothing.  NO_MATCH (cursor unmoved) when neither form begins here;
+ * ERR_CHAR_REF for a bad character reference. */
 int32_t Produce_Reference(ProduceContext *context, int32_t mode);
+/* One of the five references of predefEnt, matched exactly: *out gets its
+ * character and the cursor moves behind it.  Else NO_MATCH, *out untouched.
+ * Records nothing. */
 int32_t Produce_EntityRef(ProduceContext *context, UniChar *out);
+/* "&#" decimal or "&#x" hexadecimal digits and ";": *out gets the value
+ * (wrapped to 32 bits), which must pass Produce_Char.  NO_MATCH (cursor
+ * unmoved) without "&#"; else ERR_CHAR_REF, *out untouched: on the unit
+ * ending the digits when it is no ;, otherwise behind the ;. */
 int32_t Produce_CharRef(ProduceContext *context, UniChar *out);
-/* PRODUCE_OK when value is 0x09, 0x0A, 0x0D, 0x20-0xD7FF or 0xE000-0xFFFD. */
+/* PRODUCE_OK when value is 0x09, 0x0A, 0x0D, 0x20-0xD7FF or 0xE000-0xFFFD,
+ * else PRODUCE_NO_MATCH; reads no text. */
 int32_t Produce_Char(uint32_t value);
 
 /* ------------------------------------------------------------------------ */
@@ -615,9 +767,10 @@ int32_t Produce_Char(uint32_t value);
 int32_t vrkDOM_serialize(const vrkNode *node, int32_t encoding, vrkWriteFunc write,
                          void *userData);
 /* Writes node and its following siblings, no header, using buffer, which
- * must hold a malloc'ed block of capacity + 1 bytes (it may be reallocated).
- * Any encoding but ENCODING_UTF8 and ENCODING_UTF16 gives 0 and writes
- * nothing. */
+ * must hold a malloc'ed block of capacity + 1 bytes (it may be reallocated,
+ * and stays the caller's to free).  1 when all was written; 0 when the
+ * buffer could not grow (UTF-8 only; what came before stays written), and
+ * for any encoding but ENCODING_UTF8 and ENCODING_UTF16 (nothing written). */
 int32_t DOM_serializeImpl(const vrkNode *node, int32_t encoding, SerializeBuffer *buffer,
                           vrkWriteFunc write, void *userData);
 /* Prints a line on standard output for each broken link in the child lists
@@ -625,7 +778,9 @@ int32_t DOM_serializeImpl(const vrkNode *node, int32_t encoding, SerializeBuffer
  * any depth is checked.  On links so broken that following them would never
  * end (a cycle), it prints "Links form a cycle; walk stopped\n" and stops. */
 void    DOM_checkIntegrity(const vrkNode *node);
-/* Checks one child list and everything below it. */
+/* Checks the child list that begins at firstChild, as children of parent,
+ * and everything below it; prints as DOM_checkIntegrity does.  A null
+ * firstChild does nothing; the links of parent itself are not checked. */
 void    DOM_checkIntegrityInternal(const vrkNode *parent, const vrkNode *firstChild);
 /* vfprintf onto stdout; returns what vfprintf returns. */
 int     DebugPrint(const char *format, ...);
