@@ -1,5 +1,8 @@
 // The attribute map: an ordered list in insertion order, searched from the
-// front, keyed by qualified name or by namespace name and local name.
+// front, keyed by qualified name or by namespace name and local name.  The
+// links a set writes are written in dom/attribute_placement.h, which the
+// parser's start tag shares.
+#include "dom/attribute_placement.h"
 #include "unistring/export.h"
 
 namespace {
@@ -28,30 +31,11 @@ vrkNode *unlink(vrkNamedNodeMap *map, vrkNode *attribute) {
     return attribute;
 }
 
-// Puts node in the place of old, or at the end when there is no old.
+// Puts node in the place of old, or at the end when there is no old; the
+// walk to the last attribute is made only for the append.
 vrkNode *place(vrkNamedNodeMap *map, vrkNode *node, vrkNode *old) {
-    if (old != nullptr) {
-        if (map->first == old) map->first = node;
-        node->previous = old->previous;
-        node->next = old->next;
-        if (old->previous != nullptr) old->previous->next = node;
-        if (old->next != nullptr) old->next->previous = node;
-        return old;
-    }
-    vrkNode *last = vrkNamedNodeMap_item(map, map->count - 1);
-    node->next = last->next;
-    last->next = node;
-    node->previous = last;
-    map->count += 1;
-    return nullptr;
-}
-
-// The first set into an empty map takes no lookup and writes no link.
-bool setFirst(vrkNamedNodeMap *map, vrkNode *node) {
-    if (map->count > 0) return false;
-    map->count = 1;
-    map->first = node;
-    return true;
+    vrkNode *last = old != nullptr ? nullptr : vrkNamedNodeMap_item(map, map->count - 1);
+    return vrk::placeAttribute(map, node, old, last);
 }
 
 }  // namespace
@@ -94,12 +78,12 @@ VRK_EXPORT vrkNode *NamedNodeMap_removeNamedItemNS(vrkNamedNodeMap *map, const U
 }
 
 VRK_EXPORT vrkNode *vrkNamedNodeMap_setNamedItem(vrkNamedNodeMap *map, vrkNode *node) {
-    if (setFirst(map, node)) return nullptr;
+    if (vrk::placeFirstAttribute(map, node)) return nullptr;
     return place(map, node, vrkNamedNodeMap_getNamedItem(map, node->name, vrkunistrlen(node->name)));
 }
 
 VRK_EXPORT vrkNode *vrkNamedNodeMap_setNamedItemNS(vrkNamedNodeMap *map, vrkNode *node) {
-    if (setFirst(map, node)) return nullptr;
+    if (vrk::placeFirstAttribute(map, node)) return nullptr;
     vrkNode *old = nullptr;
     if (node->namespaceURI != nullptr && node->localName != nullptr) {
         old = vrkNamedNodeMap_getNamedItemNS(map, node->namespaceURI, vrkunistrlen(node->namespaceURI),

@@ -1,5 +1,6 @@
 #include "xmlparser/tag_attributes.h"
 
+#include "dom/attribute_placement.h"
 #include "unistring/unit_access.h"
 
 namespace vrk {
@@ -92,30 +93,21 @@ vrkNode *insertOrFind(TagAttributes &tag, vrkNode *node) {
 vrkNode *setTagAttribute(TagAttributes &tag, vrkNode *attribute) {
     vrkNamedNodeMap &map = tag.element->attributes;
     attribute->parent = tag.element;
-    if (map.count <= 0) {
-        // An empty map takes its first attribute without writing its links.
-        map.count = 1;
-        map.first = attribute;
+    if (placeFirstAttribute(&map, attribute)) {
         tag.last = attribute;
         insertOrFind(tag, attribute);
         return nullptr;
     }
+    // The tree supplies the attribute of the same name, the tag its last
+    // attribute; dom/attribute_placement.h writes the map's links.
     vrkNode *old = insertOrFind(tag, attribute);
+    placeAttribute(&map, attribute, old, tag.last);
     if (old == nullptr) {
-        attribute->next = tag.last->next;
-        tag.last->next = attribute;
-        attribute->previous = tag.last;
-        map.count += 1;
         tag.last = attribute;
         return nullptr;
     }
-    // The new attribute takes the old one's place in the map.  The parse
+    // The new attribute has taken the old one's place in the map.  The parse
     // fails on it, so the tree is not kept up to date from here on.
-    if (map.first == old) map.first = attribute;
-    attribute->previous = old->previous;
-    attribute->next = old->next;
-    if (old->previous != nullptr) old->previous->next = attribute;
-    if (old->next != nullptr) old->next->previous = attribute;
     if (tag.last == old) tag.last = attribute;
     left(attribute) = right(attribute) = nullptr;
     return old;

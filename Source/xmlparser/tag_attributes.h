@@ -19,8 +19,8 @@ struct TagAttributes {
 };
 
 // Sets attribute on the tag's element exactly as vrkElementReal_setAttributeNode
-// would (same links, same replacement in place), and returns the attribute
-// it displaced, or null.
+// would (same links, same replacement in place: both go through
+// dom/attribute_placement.h), and returns the attribute it displaced, or null.
 vrkNode *setTagAttribute(TagAttributes &tag, vrkNode *attribute);
 
 // Clears the tree links of every attribute in the element's map.
