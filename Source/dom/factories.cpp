@@ -21,16 +21,27 @@ vrkNode *abandon(vrkNode *node, UniChar *first, UniChar *second, const char *cal
     return nullptr;
 }
 
+// The factories that make one copy: a new record of the type, with the
+// length units at units copied into the field copyInto; or, when either
+// block is refused, nothing kept and ERR_OUT_OF_MEMORY reported.  The
+// record comes first, then the copy.
+vrkNode *newNodeWithCopy(const char *callerFile, int32_t callerLine, int32_t type, UniChar *vrkNode::*copyInto,
+                         const UniChar *units, int32_t length, vrkDOMException *exception) {
+    vrkNode *node = vrk::newNodeRecord(callerFile, callerLine, exception);
+    if (node == nullptr) return nullptr;
+    UniChar *copy = vrkUniCharArrayToString(units, length);
+    if (copy == nullptr) return abandon(node, nullptr, nullptr, callerFile, callerLine, exception);
+    node->type = type;
+    node->*copyInto = copy;
+    return node;
+}
+
+// Text and CDATA sections: the copy is the value, the name is static.
 vrkNode *createCharacterNode(const char *callerFile, int32_t callerLine, int32_t type,
                              const UniChar *name, const UniChar *text, int32_t textLength,
                              vrkDOMException *exception) {
-    vrkNode *node = vrk::newNodeRecord(callerFile, callerLine, exception);
-    if (node == nullptr) return nullptr;
-    UniChar *value = vrkUniCharArrayToString(text, textLength);
-    if (value == nullptr) return abandon(node, nullptr, nullptr, callerFile, callerLine, exception);
-    node->type = type;
-    node->name = vrk::staticName(name);
-    node->value = value;
+    vrkNode *node = newNodeWithCopy(callerFile, callerLine, type, &vrkNode::value, text, textLength, exception);
+    if (node != nullptr) node->name = vrk::staticName(name);
     return node;
 }
 
@@ -39,13 +50,7 @@ vrkNode *createCharacterNode(const char *callerFile, int32_t callerLine, int32_t
 VRK_EXPORT vrkNode *vrkDOMReal_createEANode(const char *callerFile, int32_t callerLine, int32_t type,
                                             const UniChar *name, int32_t nameLength,
                                             vrkDOMException *exception) {
-    vrkNode *node = vrk::newNodeRecord(callerFile, callerLine, exception);
-    if (node == nullptr) return nullptr;
-    UniChar *copy = vrkUniCharArrayToString(name, nameLength);
-    if (copy == nullptr) return abandon(node, nullptr, nullptr, callerFile, callerLine, exception);
-    node->type = type;
-    node->name = copy;
-    return node;
+    return newNodeWithCopy(callerFile, callerLine, type, &vrkNode::name, name, nameLength, exception);
 }
 
 VRK_EXPORT vrkNode *vrkDOMReal_createEANodeNSP(const char *callerFile, int32_t callerLine, int32_t type,
