@@ -91,7 +91,11 @@ int32_t vrk::produceAttribute(ProduceContext *context, TagAttributes *tag) {
     vrkNode *displaced = tag != nullptr ? vrk::setTagAttribute(*tag, attribute)
                                         : vrkElementReal_setAttributeNode(VRK_PARSER_SITE, context->current,
                                                                           attribute, exception);
-    if (displaced == nullptr) return PRODUCE_OK;
+    if (displaced == nullptr) {
+        // A caller outside the parser may hand in a current that is no
+        // element: the set is refused and the new node must not be lost.
+        return attribute->parent != nullptr ? PRODUCE_OK : dropAttribute(attribute);
+    }
     // The second attribute of a name stays in the map; the first goes.
     vrkDOM_destroyNode(displaced, 0);
     if (context->error.code == 0) context->error.message = "Duplicate attribute name.";

@@ -112,6 +112,24 @@ TEST(AttributeProductions, SecondOfTwoNamesStaysInTheMap) {
     vrkDOM_destroyNode(element, 1);
 }
 
+TEST(AttributeProductions, ACurrentThatIsNoElementRefusesTheAttributeAndKeepsNothing) {
+    Units text = units(u"x='1'");
+    const UniChar value[] = {'t'};
+    vrkDOMException exception{};
+    vrkNode *node = vrkDOMReal_createTextNode(__FILE__, __LINE__, value, 1, &exception);
+    ASSERT_NE(node, nullptr);
+    ProduceContext context{};
+    context.textStart = context.cursor = text.data();
+    context.textEnd = text.data() + text.size() - 2;
+    context.current = node;
+    const int64_t live = liveAllocations();
+    EXPECT_EQ(Produce_Attribute(&context), PRODUCE_ERROR);
+    EXPECT_EQ(context.error.code, ERR_HIERARCHY_REQUEST);
+    EXPECT_EQ(node->attributes.count, 0);
+    EXPECT_EQ(liveAllocations(), live);
+    vrkDOM_destroyNode(node, 1);
+}
+
 TEST(AttributeProductions, ResolvingAValueInItsOwnBlock) {
     UniChar *plain = heapCopy(u"no references > here");
     UniChar *same = nullptr;
