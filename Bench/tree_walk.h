@@ -4,25 +4,18 @@
 #ifndef VRKXML_BENCH_TREE_WALK_H
 #define VRKXML_BENCH_TREE_WALK_H
 
-#include "vrkxml.h"
+#include "vrkxml.hpp"
 
 namespace vrkperf {
 
 template <class Visit>
 void forEachNode(const vrkNode *root, Visit visit) {
-    const vrkNode *node = root;
-    while (node != nullptr) {
+    const auto withAttributes = [&](const vrkNode *node) {
         visit(node);
-        for (const vrkNode *attribute = node->attributes.first; attribute != nullptr; attribute = attribute->next) {
-            visit(attribute);
-        }
-        if (node->firstChild != nullptr) {
-            node = node->firstChild;
-            continue;
-        }
-        while (node != root && node->next == nullptr) node = node->parent;
-        node = node == root ? nullptr : node->next;
-    }
+        for (const vrkNode *attribute : vrkxml::attributes(node)) visit(attribute);
+    };
+    withAttributes(root);
+    vrkxml::walkDescendants(root, [&](const vrkNode *node, int64_t) { withAttributes(node); });
 }
 
 }  // namespace vrkperf

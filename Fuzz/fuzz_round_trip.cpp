@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "fuzz_support.h"
+#include "vrkxml.hpp"
 
 namespace {
 
@@ -69,24 +70,14 @@ void describeOpening(const vrkNode *node, Description &out) {
     for (const vrkNode *a = node->attributes.first; a != nullptr; a = a->next) out.push_back(item(u'A', a));
 }
 
-// Pre-order walk through the links, without recursion: a parsed tree may be
-// as deep as its text allows.
+// A parsed tree may be as deep as its text allows: the walk does not recurse.
 Description describe(const vrkNode *document) {
     Description out;
-    const vrkNode *node = document->firstChild;
-    while (node != nullptr) {
-        describeOpening(node, out);
-        if (node->type == ELEMENT_NODE && node->firstChild != nullptr) {
-            node = node->firstChild;
-            continue;
-        }
-        if (node->type == ELEMENT_NODE) out.emplace_back(u")");
-        while (node != nullptr && node->next == nullptr) {
-            node = node->parent == document ? nullptr : node->parent;
-            if (node != nullptr) out.emplace_back(u")");
-        }
-        if (node != nullptr) node = node->next;
-    }
+    vrkxml::walkDescendants(
+        document, [&](const vrkNode *node, int64_t) { describeOpening(node, out); },
+        [&](const vrkNode *node, int64_t) {
+            if (node->type == ELEMENT_NODE) out.emplace_back(u")");
+        });
     return out;
 }
 

@@ -5,7 +5,8 @@
 //   - Document, an owning, move-only handle of a parsed or created tree;
 //   - std::u16string_view access to the strings of a node;
 //   - toUtf8 / fromUtf8 between the library's 16-bit units and UTF-8;
-//   - children() and attributes(), ranges for range-based for;
+//   - children() and attributes(), ranges for range-based for, and
+//     walkDescendants(), a walk of a whole subtree without recursion;
 //   - parse() and serialize() reporting through Result<T>, with an Error
 //     that carries the line and column of a parse failure.
 // Nothing here throws on its own: failures are values.  Only the standard
@@ -266,6 +267,43 @@ inline NodeRange children(const vrkNode *node) noexcept {
 // The attributes of element in map order; empty for null.
 inline NodeRange attributes(const vrkNode *element) noexcept {
     return NodeRange(element ? element->attributes.first : nullptr);
+}
+
+// Walks the descendants of root in document order without recursion, so
+// that a tree of any depth is safe: enter(node, depth) before a node's
+// children, leave(node, depth) after them, with depth 1 for root's
+// children.  Attributes are not visited (see attributes()).  Nothing may
+// be linked or unlinked during the walk; null walks nothing.
+template <class Enter, class Leave>
+void walkDescendants(const vrkNode *root, Enter &&enter, Leave &&leave) {
+    if (root == nullptr) return;
+    const vrkNode *node = root->firstChild;
+    std::int64_t depth = 1;
+    while (node != nullptr) {
+        enter(node, depth);
+        if (node->firstChild != nullptr) {
+            node = node->firstChild;
+            ++depth;
+            continue;
+        }
+        // Leave the node and every ancestor whose last child it is.
+        for (;;) {
+            leave(node, depth);
+            if (node->next != nullptr) {
+                node = node->next;
+                break;
+            }
+            node = node->parent;
+            --depth;
+            if (node == root) return;
+        }
+    }
+}
+
+// The same walk with enter alone.
+template <class Enter>
+void walkDescendants(const vrkNode *root, Enter &&enter) {
+    walkDescendants(root, enter, [](const vrkNode *, std::int64_t) {});
 }
 
 // ---------------------------------------------------------------------------

@@ -3,6 +3,8 @@
 #include <string>
 #include <vector>
 
+#include "vrkxml.hpp"
+
 namespace vrktool {
 
 namespace {
@@ -38,31 +40,10 @@ std::string shown(const UniChar *value) {
     return out;
 }
 
-// Visits every node below the document in document order, with its depth
-// (1 for the document's children), without recursion.
-template <class Visit>
-void walk(const vrkNode *document, Visit visit) {
-    long long depth = 1;
-    const vrkNode *node = document->firstChild;
-    while (node != nullptr) {
-        visit(node, depth);
-        if (node->firstChild != nullptr && node->type == ELEMENT_NODE) {
-            node = node->firstChild;
-            ++depth;
-            continue;
-        }
-        while (node != nullptr && node->next == nullptr) {
-            node = node->parent == document ? nullptr : node->parent;
-            --depth;
-        }
-        if (node != nullptr) node = node->next;
-    }
-}
-
 }  // namespace
 
 void printOutline(const vrkNode *document, std::FILE *out) {
-    walk(document, [out](const vrkNode *node, long long depth) {
+    vrkxml::walkDescendants(document, [out](const vrkNode *node, long long depth) {
         constexpr long long kMostIndented = 40;
         if (depth <= kMostIndented) {
             std::fprintf(out, "%*s", static_cast<int>(2 * (depth - 1)), "");
@@ -94,7 +75,7 @@ void printOutline(const vrkNode *document, std::FILE *out) {
 
 TreeCounts countTree(const vrkNode *document) {
     TreeCounts counts;
-    walk(document, [&counts](const vrkNode *node, long long depth) {
+    vrkxml::walkDescendants(document, [&counts](const vrkNode *node, long long depth) {
         if (depth > counts.maxDepth) counts.maxDepth = depth;
         switch (node->type) {
         case ELEMENT_NODE:

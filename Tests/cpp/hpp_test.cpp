@@ -4,11 +4,13 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstring>
 #include <string>
 #include <vector>
 
 #include "support/alloc_fault.h"
+#include "support/small_stack.h"
 
 namespace {
 
@@ -134,6 +136,41 @@ TEST(CppIteration, ChildrenAndAttributesInOrder) {
     EXPECT_TRUE(vrkxml::attributes(nullptr).empty());
     EXPECT_TRUE(vrkxml::attributes(root->firstChild).empty());
     EXPECT_EQ(vrkxml::children(root->firstChild).begin(), vrkxml::children(root->firstChild).end());
+}
+
+TEST(CppIteration, WalkEntersAndLeavesInDocumentOrderAtAnyDepth) {
+    auto result = vrkxml::parse("<r><a>x<b/></a><?p d?><c><d><e/></d></c></r>");
+    ASSERT_TRUE(result.ok());
+    std::u16string trace;
+    const auto mark = [&trace](char16_t sign) {
+        return [&trace, sign](const vrkNode *node, int64_t depth) {
+            trace += sign;
+            trace += vrkxml::name(node);
+            trace += static_cast<char16_t>(u'0' + depth);
+        };
+    };
+    vrkxml::walkDescendants(result.value().root(), mark(u'+'), mark(u'-'));
+    EXPECT_EQ(trace, u"+a1+#text2-#text2+b2-b2-a1+p1-p1+c1+d2+e3-e3-d2-c1");
+    int entered = 0;
+    vrkxml::walkDescendants(result.value().node(), [&entered](const vrkNode *, int64_t) { ++entered; });
+    EXPECT_EQ(entered, 8);
+    vrkxml::walkDescendants(nullptr, mark(u'!'));
+    EXPECT_EQ(trace.find(u'!'), std::u16string::npos);
+
+    // 200,000 levels on a small stack: no frame per level.
+    std::string deep;
+    for (int i = 0; i < 200000; ++i) deep += "<e>";
+    for (int i = 0; i < 200000; ++i) deep += "</e>";
+    auto tall = vrkxml::parse(deep);
+    ASSERT_TRUE(tall.ok());
+    int64_t deepest = 0, left = 0;
+    vrktest::runOnSmallStack([&] {
+        vrkxml::walkDescendants(
+            tall.value().node(), [&](const vrkNode *, int64_t depth) { deepest = std::max(deepest, depth); },
+            [&](const vrkNode *, int64_t) { ++left; });
+    });
+    EXPECT_EQ(deepest, 200000);
+    EXPECT_EQ(left, 200000);
 }
 
 TEST(CppIteration, RemovingTheCurrentChildKeepsTheWalkGoing) {
