@@ -5,6 +5,7 @@
 #include "unistring/export.h"
 #include "unistring/text_limits.h"
 #include "unistring/unit_access.h"
+#include "unistring/utf8_fast.h"
 
 namespace {
 
@@ -48,22 +49,7 @@ int64_t utf8ByteCount(const UniChar *s, int64_t limit) {
 
 }  // namespace vrk
 
-VRK_EXPORT int32_t vrkUniCharToUTF8(UniChar unit, char *dest) {
-    auto *out = reinterpret_cast<unsigned char *>(dest);
-    if (unit < 0x80) {
-        out[0] = static_cast<unsigned char>(unit);
-        return 1;
-    }
-    if (unit < 0x800) {
-        out[0] = static_cast<unsigned char>(0xC0 | (unit >> 6));
-        out[1] = static_cast<unsigned char>(0x80 | (unit & 0x3F));
-        return 2;
-    }
-    out[0] = static_cast<unsigned char>(0xE0 | (unit >> 12));
-    out[1] = static_cast<unsigned char>(0x80 | ((unit >> 6) & 0x3F));
-    out[2] = static_cast<unsigned char>(0x80 | (unit & 0x3F));
-    return 3;
-}
+VRK_EXPORT int32_t vrkUniCharToUTF8(UniChar unit, char *dest) { return vrk::encodeUnit(unit, dest); }
 
 VRK_EXPORT int32_t vrkUniCharToUTF8Len(const UniChar *s) { return narrowed(vrk::utf8ByteCount(s, kWholeString)); }
 
