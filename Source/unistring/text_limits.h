@@ -21,8 +21,4 @@ int64_t utf8UnitCount(const char *s);
 // string; null when memory runs out.
 UniChar *decodeMeasuredUtf8(const char *s, int64_t units);
 
-// UTF-8 bytes of the units ahead of the first zero unit, at most `limit`
-// units of them.
-int64_t utf8ByteCount(const UniChar *s, int64_t limit);
-
 }  // namespace vrk

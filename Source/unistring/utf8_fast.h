@@ -1,5 +1,5 @@
-// UTF-8 encoding of runs whose length is known, for the serializer: eight
-// units at a time where they are ASCII.
+// UTF-8 encoding of runs whose length is known, for the serializer and the
+// exported string conversions: eight units at a time where they are ASCII.
 #pragma once
 
 #include <cstdint>
