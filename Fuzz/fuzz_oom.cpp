@@ -6,59 +6,32 @@
 #include <cstdio>
 #include <cstring>
 #include <string>
-#include <unordered_set>
 
 #include "fuzz_support.h"
-
-extern "C" {
-void *__real_malloc(std::size_t size);
-void *__real_calloc(std::size_t count, std::size_t size);
-void *__real_realloc(void *block, std::size_t size);
-void __real_free(void *block);
-}
+#include "support/alloc_wrap.h"
 
 namespace {
-
-// Per thread, so that libFuzzer's own threads are never counted.
-struct Counter {
-    bool armed;
-    int64_t allocations;  // asked for while armed
-    int64_t refuseAt;     // the allocation to refuse, 0 for none
-    bool refused;
-};
-thread_local Counter counter{};
-
-// Blocks handed out while armed and not yet freed.  The set allocates
-// through operator new, which the wrappers do not see.
-std::unordered_set<void *> &live() {
-    static auto *blocks = new std::unordered_set<void *>;
-    return *blocks;
-}
-
-bool refuseNext() {
-    if (!counter.armed) return false;
-    if (++counter.allocations != counter.refuseAt) return false;
-    counter.refused = true;
-    return true;
-}
-
-void *track(void *block) {
-    if (block != nullptr && counter.armed) live().insert(block);
-    return block;
-}
 
 struct Outcome {
     bool parsed;
     vrkParseError error;
-    std::string tree;  // the document written as UTF-16
+    std::string tree;     // the document written as UTF-16
+    int64_t allocations;  // asked for by the parse
+    bool refused;         // whether the one to refuse was asked for
 };
 
+// Parses a copy of `original` with its `refuseAt`th allocation refused, 0
+// for none.  The wrappers count per thread, so the fuzzer's own threads are
+// never counted or refused.
 Outcome parse(const fuzz::Text &original, int64_t refuseAt) {
     fuzz::Text text = original.copy();  // swapped UTF-16 is changed in place
-    Outcome outcome{false, {}, {}};
-    counter = Counter{true, 0, refuseAt, false};
-    vrkNode *document = vrkDOM_parse(text.start, &outcome.error);
-    counter.armed = false;
+    Outcome outcome{false, {}, {}, 0, false};
+    const int64_t liveBefore = vrktest::liveAllocations();
+    if (refuseAt != 0) vrktest::refuseAllocation(refuseAt);
+    vrkNode *document = nullptr;
+    outcome.allocations = vrktest::countAllocations([&] { document = vrkDOM_parse(text.start, &outcome.error); });
+    outcome.refused = vrktest::allocationRefused();
+    vrktest::stopRefusing();
     if (document != nullptr) {
         outcome.parsed = true;
         outcome.tree = fuzz::serialize(document, ENCODING_UTF16);
@@ -66,31 +39,13 @@ Outcome parse(const fuzz::Text &original, int64_t refuseAt) {
     } else {
         fuzz::checkFailure(outcome.error, original);
     }
-    if (!live().empty()) fuzz::fail("blocks left allocated after the parse");
+    if (vrktest::liveAllocations() != liveBefore) fuzz::fail("blocks left allocated after the parse");
     return outcome;
 }
 
 }  // namespace
 
 extern "C" {
-
-void *__wrap_malloc(std::size_t size) { return refuseNext() ? nullptr : track(__real_malloc(size)); }
-
-void *__wrap_calloc(std::size_t count, std::size_t size) {
-    return refuseNext() ? nullptr : track(__real_calloc(count, size));
-}
-
-void *__wrap_realloc(void *block, std::size_t size) {
-    if (refuseNext()) return nullptr;
-    void *moved = __real_realloc(block, size);
-    if (moved != nullptr && block != nullptr) live().erase(block);
-    return track(moved);
-}
-
-void __wrap_free(void *block) {
-    if (block != nullptr) live().erase(block);
-    __real_free(block);
-}
 
 int LLVMFuzzerTestOneInput(const uint8_t *data, std::size_t size) {
     if (size < 4) return 0;
@@ -99,12 +54,12 @@ int LLVMFuzzerTestOneInput(const uint8_t *data, std::size_t size) {
     fuzz::Text text = fuzz::fromInput(data + 4, size - 4);
 
     const Outcome reference = parse(text, 0);
-    const int64_t allocations = counter.allocations;
+    const int64_t allocations = reference.allocations;
     // One past the last allocation is a run in which none is refused.
     const int64_t refuseAt = 1 + static_cast<int64_t>(choice) % (allocations + 1);
     const Outcome outcome = parse(text, refuseAt);
 
-    if (counter.refused) {
+    if (outcome.refused) {
         const bool utf8 = IdentifyCharacterEncoding(text.start, text.start[0] == 0 ? 1 : 2) == ENCODING_UTF8;
         const bool copyRefused = utf8 && refuseAt == 1 && outcome.error.code == ERR_ENCODING_DECL;
         // An error found before the refusal stands: the first failure survives.

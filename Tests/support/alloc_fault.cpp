@@ -1,122 +1,18 @@
 #include "support/alloc_fault.h"
 
-#include <cstddef>
-#include <mutex>
-#include <unordered_set>
-
 #include <gtest/gtest.h>
 
-extern "C" {
-void *__real_malloc(std::size_t size);
-void *__real_calloc(std::size_t count, std::size_t size);
-void *__real_realloc(void *block, std::size_t size);
-void __real_free(void *block);
-}
-
-namespace {
-
-// The blocks handed out through the wrappers.  Other code in the program
-// (the C library, GoogleTest) may free blocks it got elsewhere; those are
-// not ours to count.  The set allocates through operator new, which the
-// wrappers do not see, so there is no recursion.
-struct LiveBlocks {
-    std::mutex mutex;
-    std::unordered_set<void *> blocks;
-
-    void add(void *block) {
-        std::lock_guard<std::mutex> lock(mutex);
-        blocks.insert(block);
-    }
-    void remove(void *block) {
-        std::lock_guard<std::mutex> lock(mutex);
-        blocks.erase(block);
-    }
-    int64_t count() {
-        std::lock_guard<std::mutex> lock(mutex);
-        return static_cast<int64_t>(blocks.size());
-    }
-};
-
-LiveBlocks &live() {
-    static LiveBlocks *blocks = new LiveBlocks;  // never destroyed: used until exit
-    return *blocks;
-}
-
-struct ThreadState {
-    int64_t allocations = 0;     // allocations asked for on this thread
-    int64_t refuseAt = 0;        // absolute number to refuse, 0 for none
-    bool refused = false;
-};
-thread_local ThreadState state;
-
-// Counts one allocation and tells whether it is the one to refuse.
-bool refuseNext() {
-    ++state.allocations;
-    if (state.refuseAt != 0 && state.allocations == state.refuseAt) {
-        state.refused = true;
-        return true;
-    }
-    return false;
-}
-
-}  // namespace
-
-extern "C" {
-
-void *__wrap_malloc(std::size_t size) {
-    if (refuseNext()) return nullptr;
-    void *block = __real_malloc(size);
-    if (block != nullptr) live().add(block);
-    return block;
-}
-
-void *__wrap_calloc(std::size_t count, std::size_t size) {
-    if (refuseNext()) return nullptr;
-    void *block = __real_calloc(count, size);
-    if (block != nullptr) live().add(block);
-    return block;
-}
-
-void *__wrap_realloc(void *block, std::size_t size) {
-    if (refuseNext()) return nullptr;
-    void *moved = __real_realloc(block, size);
-    if (moved != nullptr) {
-        if (block != nullptr) live().remove(block);
-        live().add(moved);
-    }
-    return moved;
-}
-
-void __wrap_free(void *block) {
-    if (block != nullptr) live().remove(block);
-    __real_free(block);
-}
-
-}  // extern "C"
-
 namespace vrktest {
-
-int64_t liveAllocations() { return live().count(); }
-
-int64_t countAllocations(const std::function<void()> &action) {
-    const int64_t before = state.allocations;
-    action();
-    return state.allocations - before;
-}
-
-bool AllocationRun::failed() const { return state.refused; }
 
 int64_t forEachAllocationFailure(const std::function<void(const AllocationRun &)> &scenario) {
     constexpr int64_t kMostRuns = 1'000'000;
     for (int64_t k = 1; k <= kMostRuns; ++k) {
         const int64_t liveBefore = liveAllocations();
-        state.refused = false;
-        state.refuseAt = state.allocations + k;
+        refuseAllocation(k);
         AllocationRun run(k);
         scenario(run);
-        const bool refused = state.refused;
-        state.refuseAt = 0;
-        state.refused = false;
+        const bool refused = allocationRefused();
+        stopRefusing();
         EXPECT_EQ(liveAllocations(), liveBefore) << "blocks leaked with allocation " << k << " refused";
         if (!refused) return k;
     }

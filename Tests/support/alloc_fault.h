@@ -1,22 +1,14 @@
-// Counting and refusing the allocations of the code under test.
-//
-// Test programs are linked with -Wl,--wrap for malloc, calloc, realloc and
-// free, so every such call made by the library (linked statically into the
-// test) or by a test's own code goes through the counters here.  Allocations
-// made inside other libraries (the C++ runtime, GoogleTest) are not seen.
+// Running a test scenario once for every allocation it makes, with that
+// allocation refused.  The counting and refusing is done by the malloc
+// wrappers of alloc_wrap.h; test programs are linked with them.
 #pragma once
 
 #include <cstdint>
 #include <functional>
 
+#include "support/alloc_wrap.h"
+
 namespace vrktest {
-
-// Blocks allocated through the wrapped functions and not yet freed, all
-// threads together.
-int64_t liveAllocations();
-
-// Number of allocations (malloc, calloc, realloc) `action` makes on this thread.
-int64_t countAllocations(const std::function<void()> &action);
 
 // What a scenario run by forEachAllocationFailure can ask about its run.
 class AllocationRun {
@@ -25,7 +17,7 @@ public:
     // The allocation number (from 1) that is refused in this run.
     int64_t failingIndex() const { return failingIndex_; }
     // Whether that allocation has been asked for, and refused, so far.
-    bool failed() const;
+    bool failed() const { return allocationRefused(); }
 
 private:
     int64_t failingIndex_;
