@@ -1,0 +1,205 @@
+// The zero-terminated 16-bit string family, UTF-8 decoding and encoding, and
+// the byte order helpers.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <cstring>
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "support/alloc_fault.h"
+#include "support/unitext.h"
+
+using namespace vrktest;
+
+// Units stored one byte into a block, for reads at odd addresses.
+struct Odd {
+    std::string bytes;
+    UniChar *get() { return reinterpret_cast<UniChar *>(bytes.data() + 1); }
+};
+Odd odd(std::u16string_view text) {
+    Odd out{std::string(1 + 2 * text.size() + 2, '\0')};
+    std::memcpy(out.bytes.data() + 1, text.data(), 2 * text.size());
+    return out;
+}
+
+TEST(UniStringFamily, LengthCopiesAndDuplicatesIncludingOddAddressesAndOverlap) {
+    const std::u16string text(u"\x0100\x0001\x4100\0\x41", 6);  // only a zero unit ends a string
+    EXPECT_EQ(vrkunistrlen(odd(text).get()), 3);
+    EXPECT_EQ(vrkunistrlen(odd(text.substr(3)).get()), 0);
+    UniChar buffer[8];
+    std::fill(std::begin(buffer), std::end(buffer), UniChar{0xAAAA});
+    EXPECT_EQ(vrkunistrcpy(buffer, units(u"xyz").data()), buffer);
+    EXPECT_EQ(vrkunistrcat(vrkunistrcat(buffer, units(u"12").data()), units(u"").data()), buffer);
+    EXPECT_EQ(str(buffer, 7), std::u16string(u"xyz12\0\xAAAA", 7));
+    Units shift = units(u"abcdefgh"), shift2 = units(u"abcdef");  // moving a tail down within its block
+    vrkunistrcpy(shift.data() + 1, shift.data() + 3);
+    vrkunistrncpy(shift2.data(), shift2.data() + 2, 6);
+    EXPECT_EQ(str(shift.data(), 9) + str(shift2.data(), 7), std::u16string(u"adefgh\0h\0cdef\0\0\0", 16));
+    struct Case { std::u16string_view src; int32_t n; std::u16string_view stored; };
+    for (const Case &c : {Case{u"abc", 3, u"abc\xAAAA"}, {u"abc", 1, u"a\xAAAA"}, {u"", 0, u"\xAAAA"},
+                          {u"abc", 5, std::u16string_view(u"abc\0\0\xAAAA", 6)}, {u"", -3, u"\xAAAA"},
+                          {u"", 2, std::u16string_view(u"\0\0\xAAAA", 3)}}) {
+        std::fill(std::begin(buffer), std::end(buffer), UniChar{0xAAAA});
+        EXPECT_EQ(vrkunistrncpy(buffer, units(c.src).data(), c.n), buffer);  // pads, never terminates a full copy
+        EXPECT_EQ(str(buffer, c.stored.size()), c.stored) << "n = " << c.n;
+    }
+    Units array = units(std::u16string(u"x\0y\xD800", 4));
+    for (std::size_t n = 0; n <= 4; ++n) {
+        for (auto *make : {&unistrndup, &vrkUniCharArrayToString}) {
+            UniChar *copy = make(array.data(), static_cast<int32_t>(n));
+            EXPECT_EQ(str(copy, n + 1), str(array.data(), n) + u'\0');
+            std::free(copy);
+        }
+    }
+    UniChar *dup = vrkunistrdup(array.data() + 2);
+    EXPECT_EQ(str(dup, 3), std::u16string(u"y\xD800\0", 3));
+    std::free(dup);
+}
+
+TEST(UniStringFamily, SearchesAndComparisons) {
+    Units s = units(u"abcab\x4161");  // the terminator never matches; only the low 16 bits count
+    for (const auto &[unit, at] : {std::pair<int32_t, int>{u'b', 1}, {0x4161, 5}, {0x10063, 2}, {'z', -1}, {0, -1}}) {
+        EXPECT_EQ(vrkunistrchr(s.data(), unit), at < 0 ? nullptr : s.data() + at);
+    }
+    EXPECT_EQ(vrkunistrchr(units(u"").data(), 0), nullptr);
+    struct Span { std::u16string_view s, reject; int32_t length; };
+    for (const Span c : {Span{u"", u"abc", 0}, {u"hello", u"xyz", 5}, {u"hello", u"h", 0}, {u"hello", u"zo", 4}}) {
+        EXPECT_EQ(vrkunistrcspn(units(c.s).data(), units(c.reject).data()), c.length);
+    }
+    struct Case { std::u16string_view a, b; int32_t folded, n, exact; };  // vrkunistrcmp; vrkunistrncmp with n
+    const Case cases[] = {
+        {u"abc", u"ABC", 0, 3, 'a' - 'A'}, {u"ab", u"abc", -0x43, 2, 0}, {u"ab", u"abc", -0x43, 5, -'c'},
+        {u"abc", u"ab", 0x43, 5, 'c'},     {u"ab", u"ab", 0, 5, 0},       {u"", u"", 0, 1, 0},
+        {u"", u"a", -'A', 1, -'a'},        {u"x", u"y", -1, 0, -1},       {u"x", u"y", -1, -7, -1},
+        {u"xa", u"xb", -1, 1, 0},          {u"\x0101", u"\x0100", 1, 1, 1},
+        {u"\xFFFF", u"a", 0xFFFF - 'A', 1, 0xFFFF - 'a'}, {u"[", u"a", '[' - 'A', 1, '[' - 'a'},
+    };
+    for (const Case &c : cases) {
+        // Exactly sized copies: a read past a terminator shows under the sanitizer.
+        auto a = std::make_unique<UniChar[]>(c.a.size() + 1), b = std::make_unique<UniChar[]>(c.b.size() + 1);
+        std::copy(c.a.begin(), c.a.end(), a.get());
+        std::copy(c.b.begin(), c.b.end(), b.get());
+        EXPECT_EQ(vrkunistrcmp(a.get(), b.get()), c.folded) << "case " << &c - cases;
+        EXPECT_EQ(vrkunistrncmp(a.get(), b.get(), c.n), c.exact) << "case " << &c - cases;
+    }
+}
+TEST(Utf8Decode, OneSequenceAndWholeTexts) {
+    struct Case { std::string bytes; UniChar result; std::ptrdiff_t moved; };  // one sequence
+    const Case cases[] = {
+        {"\x41", 0x41, 1}, {std::string(1, '\0'), 0, 1}, {"\x7F", 0x7F, 1}, {"\xC2\x80", 0x80, 2},
+        {"\xDF\xBF", 0x7FF, 2}, {"\xE0\xA0\x80", 0x800, 3}, {"\xED\x9F\xBF", 0xD7FF, 3}, {"\xEE\x80\x80", 0xE000, 3},
+        {"\xEF\xBF\xBE", 0xFFFE, 3}, {"\xEF\xBF\xBF", 0xFFFF, 3},
+        {"\x80", 0xFFFF, 0}, {"\xFE", 0xFFFF, 0}, {"\xFF", 0xFFFF, 0},  // no lead byte: the cursor stays
+        // Overlong forms, surrogates and four- to six-byte forms: read to the end, refused.
+        {"\xC1\xBF", 0xFFFF, 2}, {"\xE0\x9F\xBF", 0xFFFF, 3}, {"\xED\xA0\x80", 0xFFFF, 3}, {"\xED\xBF\xBF", 0xFFFF, 3},
+        {"\xF0\x80\x80\x80", 0xFFFF, 4}, {"\xF8\x88\x80\x80\x80", 0xFFFF, 5}, {"\xFD\xBF\xBF\xBF\xBF\xBF", 0xFFFF, 6},
+        // A bad continuation byte: the cursor stops on it.
+        {"\xE2\x28\xA1", 0xFFFF, 1}, {std::string("\xC3\0", 2), 0xFFFF, 1},
+        {"\xE2\x82\xC0", 0xFFFF, 2}, {"\xFC\x80\x80\x80\x80\xFF", 0xFFFF, 5},
+    };
+    for (const Case &c : cases) {
+        const std::string text = c.bytes + "!";
+        const char *cursor = text.data();
+        EXPECT_EQ(vrkUTF8ToUniChar(&cursor), c.result) << "case " << &c - cases;
+        EXPECT_EQ(cursor - text.data(), c.moved) << "case " << &c - cases;
+    }
+    const std::string q(37, 'q');  // long enough for the block-wise paths
+    const std::u16string uq(q.begin(), q.end());
+    struct Text { std::string bytes; bool good; std::u16string units; };  // units: all, or those before the failure
+    const Text texts[] = {
+        {"", true, u""}, {"h\xC3\xA9llo", true, u"h\u00E9llo"}, {q + "\xC3\xA9" + q, true, uq + u'\u00E9' + uq},
+        {"\x7F\xC2\x80\xE2\x82\xAC" "1\xEF\xBF\xBE", true, u"\x7F\x80\x20AC" u"1\xFFFE"},
+        {std::string("a\0\x80", 3), true, u"a"},  // the first zero byte ends the text
+        {"ab\xEF\xBF\xBF" "c", false, u"ab"}, {"ab\xC3", false, u"ab"}, {q + "\x80", false, uq}, {"\x80", false, u""},
+        {"a\xED\xA0\x80", false, u"a"}, {"\xF0\x9F\x98\x80", false, u""},
+    };
+    for (const Text &c : texts) {
+        EXPECT_EQ(vrkUTF8StrLen(c.bytes.c_str()), c.good ? static_cast<int32_t>(c.units.size()) : -1);
+        UniChar *made = nullptr;
+        EXPECT_EQ(countAllocations([&] { made = vrkUTF8ToUniCharString(c.bytes.c_str(), nullptr); }), c.good);
+        EXPECT_EQ(made != nullptr, c.good);
+        EXPECT_EQ(str(made), c.good ? c.units : u"") << "text " << &c - texts;
+        std::free(made);
+        // A caller's destination at an odd address: the unit behind what is written stays.
+        Odd dest = odd(std::u16string(80, u'\xAAAA'));
+        UniChar *units = dest.get();
+        EXPECT_EQ(vrkUTF8ToUniCharString(c.bytes.c_str(), units), c.good ? units : nullptr);
+        EXPECT_EQ(str(units, c.units.size() + 2), c.units + (c.good ? u'\0' : u'\xFFFF') + u'\xAAAA') << &c - texts;
+    }
+}
+
+TEST(Utf8Encode, EveryUnitAndStringLengthsAndConversions) {
+    for (uint32_t u = 0; u <= 0xFFFF; ++u) {
+        const UniChar single[] = {static_cast<UniChar>(u), 0};
+        char out[4] = {'#', '#', '#', '#'};
+        const int32_t written = vrkUniCharToUTF8(single[0], out);
+        ASSERT_EQ(written, u < 0x80 ? 1 : u < 0x800 ? 2 : 3) << std::hex << u;
+        ASSERT_EQ(out[3], '#') << std::hex << u;
+        ASSERT_EQ(vrkUniCharToUTF8Len(single), u == 0 ? 0 : written) << std::hex << u;
+        const char *cursor = out;
+        const bool refused = (u >= 0xD800 && u <= 0xDFFF) || u == 0xFFFF;
+        ASSERT_EQ(vrkUTF8ToUniChar(&cursor), refused ? 0xFFFF : u) << std::hex << u;
+        ASSERT_EQ(cursor - out, written) << std::hex << u;
+        const std::string form{char(0xE0 | u >> 12), char(0x80 | (u >> 6 & 0x3F)), char(0x80 | (u & 0x3F))};
+        ASSERT_TRUE(!refused || std::string(out, 3) == form) << std::hex << u;  // still written, three bytes
+    }
+    struct Case { std::u16string text; int32_t n; std::string bytes; };  // bytes: the first n units' form
+    const std::string all = "A\xC3\xA9\xE2\x82\xAC";
+    const Case cases[] = {
+        {u"", 3, ""}, {u"A\u00E9\u20AC", 3, all}, {u"A\u00E9\u20AC", 2, "A\xC3\xA9"}, {u"A\u00E9\u20AC", 100, all},
+        {u"\u00E9A", 1, "\xC3\xA9"}, {u"ABC", 0, ""}, {u"ABC", -1, ""}, {std::u16string(u"ab\0cd", 5), 5, "ab"},
+        {u"\xD83D\xDE00x", 2, "\xED\xA0\xBD\xED\xB8\x80"},  // a pair stays two units
+    };
+    for (const Case &c : cases) {
+        Odd text = odd(c.text);
+        EXPECT_EQ(vrkUniCharNToUTF8Len(text.get(), c.n), static_cast<int32_t>(c.bytes.size())) << c.n;
+        char *made = nullptr, dest[16];
+        EXPECT_EQ(countAllocations([&] { made = vrkUniCharStringNToUTF8(text.get(), c.n, nullptr); }), 1);
+        EXPECT_EQ(std::string(made, c.bytes.size() + 1), c.bytes + '\0') << c.n;
+        std::free(made);
+        std::memset(dest, '#', sizeof dest);
+        EXPECT_EQ(vrkUniCharStringNToUTF8(text.get(), c.n, dest), dest);
+        EXPECT_EQ(std::string(dest, c.bytes.size() + 2), c.bytes + '\0' + '#') << c.n;
+        if (c.n < 100) continue;  // the whole-string forms
+        made = vrkUniCharStringToUTF8(text.get(), nullptr);
+        EXPECT_EQ(std::string(made), c.bytes);
+        EXPECT_EQ(vrkUniCharToUTF8Len(text.get()), 6);
+        std::free(made);
+    }
+}
+
+TEST(UniString, EveryAllocatingCallGivesNullWithoutMemory) {
+    Units text = units(u"a\u00E9\u20AC");
+    std::vector<std::function<void *()>> makes = {
+        [&] { return vrkunistrdup(text.data()); }, [&] { return unistrndup(text.data(), 2); },
+        [&] { return vrkUniCharArrayToString(text.data(), 0); },
+        [&] { return vrkUniCharStringToUTF8(text.data(), nullptr); },
+        [] { return vrkUTF8ToUniCharString("h\xC3\xA9", nullptr); }};
+    for (int32_t n : {-1, 0, 2, 10}) makes.push_back([&, n] { return vrkUniCharStringNToUTF8(text.data(), n, 0); });
+    for (const auto &make : makes) {
+        EXPECT_EQ(forEachAllocationFailure([&](const AllocationRun &run) {
+                      void *made = make();
+                      EXPECT_EQ(made == nullptr, run.failed());
+                      std::free(made);
+                  }), 2) << "maker " << &make - makes.data();
+    }
+}
+
+TEST(ByteOrder, ShouldSwapAndSwapAtAnyAddress) {
+    const unsigned char pairs[][3] = {{0, 0xFE, 0xFF}, {0, 0xFF, 0xFE}, {0, 0xFE, 0xFE}, {0, 0xFF, 0xFF}, {0, 0xFE, 0}};
+    for (const auto &p : pairs) EXPECT_EQ(ShouldSwapUTF16(p + 1), p[1] == 0xFE && p[2] == 0xFF);
+    // The mark and units with one zero byte are swapped; the zero unit ends; an empty string stays.
+    const unsigned char original[] = {0xFF, 0xFE, 0x41, 0, 0, 0x41, 0x34, 0x12, 0, 0, 0x78, 0x56};
+    const unsigned char swapped[] = {0xFE, 0xFF, 0, 0x41, 0x41, 0, 0x12, 0x34, 0, 0, 0x78, 0x56};
+    for (const std::size_t offset : {0u, 1u}) {
+        alignas(UniChar) unsigned char buffer[sizeof original + 1];
+        std::memcpy(buffer + offset, original, sizeof original);
+        SwapUTF16(reinterpret_cast<UniChar *>(buffer + offset));
+        SwapUTF16(reinterpret_cast<UniChar *>(buffer + offset + 8));
+        EXPECT_EQ(std::memcmp(buffer + offset, swapped, sizeof swapped), 0) << offset;
+    }
+}
