@@ -37,9 +37,8 @@ TEST(Utf8Run, MixedRunsEncodeAsUnitByUnitAtEveryLengthAndPosition) {
 TEST(Utf8Run, BufferGrowsOnlyForAPieceLongerThanItHolds) {
     SerializeBuffer buffer{static_cast<char *>(std::malloc(9)), 8};
     const std::vector<UniChar> euro(3, 0x20AC), ascii(8, 'x');  // 3 units might need 9 bytes, more than 8
-    const auto convert = [&](const std::vector<UniChar> &units, int32_t n, int32_t bytes) {
-        return vrktest::countAllocations(
-            [&] { EXPECT_EQ(vrk::SerializeBuffer_convert(&buffer, units.data(), n), bytes); });
+    const auto convert = [&](const std::vector<UniChar> &u, int32_t n, int32_t bytes) {
+        return vrktest::countAllocations([&] { EXPECT_EQ(vrk::SerializeBuffer_convert(&buffer, u.data(), n), bytes); });
     };
     EXPECT_EQ(convert(ascii, 2, 2) + convert(ascii, 8, 8), 0);
     EXPECT_EQ(convert(euro, 3, 9), 1);
