@@ -40,7 +40,7 @@ std::string run(std::size_t round) {
         }
         if (i > round % 4 || e.code != 0) break;
         vrkNode_insertBefore(root, vrkDOM_createEANode(ELEMENT_NODE, kN, 1, &e), root->firstChild, &e);
-        vrkNode_appendChild(root->firstChild, vrkDOM_createTextNode(kValue, 2 + static_cast<int32_t>(i), &e), &e);
+        vrkNode_appendChild(root->firstChild, vrkDOM_createTextNode(kValue, 1 + static_cast<int32_t>(i), &e), &e);
         vrkNode_appendChild(root->firstChild, vrkDOM_createTextNode(kValue, 4, &e), &e);
         attribute = vrkDOM_createEANode(ATTRIBUTE_NODE, kN, 1, &e);
         vrkNode_setNodeValue(attribute, kValue, static_cast<int32_t>(i), &e);

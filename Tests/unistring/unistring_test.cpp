@@ -19,7 +19,7 @@ struct Odd {  // units stored one byte into a block, for reads at odd addresses
     UniChar *get() { return reinterpret_cast<UniChar *>(bytes.data() + 1); }
 };
 Odd odd(std::u16string_view text) {
-    Odd out{std::string(1 + 2 * text.size() + 2, '\0')};
+    Odd out{std::string(1 + 2 * text.size(), '\0')};
     std::memcpy(out.bytes.data() + 1, text.data(), 2 * text.size());
     return out;
 }
@@ -117,9 +117,9 @@ TEST(Utf8Decode, OneSequenceAndWholeTexts) {
         EXPECT_EQ(countAllocations([&] { made = vrkUTF8ToUniCharString(c.bytes.c_str(), nullptr); }), c.good);
         EXPECT_EQ(made == nullptr ? u"null" : str(made), c.good ? c.units : u"null") << "text " << &c - texts;
         std::free(made);
-        Odd dest = odd(std::u16string(80, u'\xAAAA'));  // a caller's, at an odd address; what follows stays
+        Odd dest = odd(std::u16string(c.units.size() + 2, u'\xAAAA'));  // a caller's; the unit after stays
         EXPECT_EQ(vrkUTF8ToUniCharString(c.bytes.c_str(), dest.get()), c.good ? dest.get() : nullptr);
-        EXPECT_EQ(str(dest.get(), c.units.size() + 2), c.units + (c.good ? u'\0' : u'\xFFFF') + u'\xAAAA');
+        EXPECT_EQ(dest.bytes, odd(c.units + (c.good ? u'\0' : u'\xFFFF') + u'\xAAAA').bytes) << &c - texts;
     }
 }
 
@@ -146,7 +146,7 @@ TEST(Utf8Encode, EveryUnitAndStringLengthsAndConversions) {
         {u"\xD83D\xDE00x", 2, "\xED\xA0\xBD\xED\xB8\x80"},  // a pair stays two units
     };
     for (const Case &c : cases) {
-        Odd text = odd(c.text);
+        Odd text = odd(c.text + u'\0');
         EXPECT_EQ(vrkUniCharNToUTF8Len(text.get(), c.n), static_cast<int32_t>(c.bytes.size())) << c.n;
         char *made = nullptr;
         EXPECT_EQ(countAllocations([&] { made = vrkUniCharStringNToUTF8(text.get(), c.n, nullptr); }), 1);
