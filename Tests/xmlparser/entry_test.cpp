@@ -1,14 +1,16 @@
-// The parse entry: encoding detection, decoding, ownership of the caller's
-// buffer, the failure records; tokens and the namespace stack.
+// The parse entry: encoding detection, decoding, UTF-16 forms, ownership of
+// the caller's buffer and the failure records.
 #include <bit>
 #include <cstring>
 #include <memory>
 #include <string_view>
-#include <utility>
 #include <vector>
+
 #include <gtest/gtest.h>
+
 #include "support/alloc_fault.h"
 #include "support/parse_helpers.h"
+#include "support/tree_text.h"
 #include "support/unitext.h"
 
 using namespace vrktest;
@@ -52,15 +54,13 @@ void expectEntryFailure(const Parsed &p, int32_t code, const char *message) {
 
 }  // namespace
 
-TEST(IdentifyCharacterEncoding, TableInStepOrder) {
-    constexpr int32_t NO = ENCODING_UNKNOWN, U8 = ENCODING_UTF8, U16 = ENCODING_UTF16,
-                      SW = ENCODING_UTF16_SWAPPED;
+TEST(ParseEntry, IdentifiesTheEncodingFromTwoBytes) {
+    constexpr int32_t NO = ENCODING_UNKNOWN, U8 = ENCODING_UTF8, U16 = ENCODING_UTF16, SW = ENCODING_UTF16_SWAPPED;
     const struct { unsigned char b0, b1; int32_t length, expected; } rows[] = {
-        {0xFF, 0xFE, 1, NO}, {0x3C, 0x00, 0, NO}, {0x3C, 0x00, -1, NO}, {0xFE, 0xFF, 2, SW},
-        {0xFF, 0xFE, 2, U16}, {0x00, 0x3C, 2, SW}, {0x3C, 0x00, 2, U16}, {0x00, 0x00, 2, U8},
-        {'a', 0x00, 2, U8}, {0xFE, 0xFE, 2, U8}, {0x08, 0x00, 2, U8}, {0x0E, 0x00, 2, U8},
-        {0xA0, 0x00, 2, U8}, {0x09, 0x00, 2, U16}, {0x0A, 0x00, 2, U16}, {0x0B, 0x00, 2, U16},
-        {0x0C, 0x00, 2, U16}, {0x0D, 0x00, 2, U16}, {0x20, 0x00, 99, U16}, {0x20, 'a', 2, U8},
+        {0xFF, 0xFE, 1, NO}, {0x3C, 0x00, 0, NO}, {0x3C, 0x00, -1, NO}, {0xFE, 0xFF, 2, SW}, {0xFF, 0xFE, 2, U16},
+        {0x00, 0x3C, 2, SW}, {0x3C, 0x00, 2, U16}, {0x00, 0x00, 2, U8}, {'a', 0x00, 2, U8}, {0xFE, 0xFE, 2, U8},
+        {0x08, 0x00, 2, U8}, {0x0E, 0x00, 2, U8}, {0xA0, 0x00, 2, U8}, {0x09, 0x00, 2, U16}, {0x0A, 0x00, 2, U16},
+        {0x0B, 0x00, 2, U16}, {0x0C, 0x00, 2, U16}, {0x0D, 0x00, 2, U16}, {0x20, 0x00, 99, U16}, {0x20, 'a', 2, U8},
         {0x3C, 'a', 2, U8}};
     for (const auto &row : rows) {  // a block of two bytes, whatever length claims
         std::unique_ptr<unsigned char[]> bytes(new unsigned char[2]{row.b0, row.b1});
@@ -69,9 +69,9 @@ TEST(IdentifyCharacterEncoding, TableInStepOrder) {
     }
 }
 
-TEST(ParseEntry, EntryFailuresFillTheRecordAndLeaveNothing) {
+TEST(ParseEntry, FailureRecordsAndOffsetsInUnits) {
     const struct { std::string_view bytes; int32_t code; const char *message; } rows[] = {
-        {"\0"sv, ERR_BAD_ENCODING, kBad},  {"\0<\0a\0/\0>\0\0"sv, ERR_BAD_ENCODING, kBad},
+        {"\0"sv, ERR_BAD_ENCODING, kBad}, {"\0<\0a\0/\0>\0\0"sv, ERR_BAD_ENCODING, kBad},
         {"a\xC3(\0"sv, ERR_ENCODING_DECL, kCorrupt}, {"\x80\0"sv, ERR_ENCODING_DECL, kCorrupt},
         {"\xEF\xBF\xBF\0"sv, ERR_ENCODING_DECL, kCorrupt},
         {"<\xF0\x9F\x98\x80/>\0"sv, ERR_ENCODING_DECL, kCorrupt},  // above U+FFFF
@@ -83,14 +83,10 @@ TEST(ParseEntry, EntryFailuresFillTheRecordAndLeaveNothing) {
         EXPECT_EQ(after, row.bytes);
         EXPECT_EQ(liveAllocations(), live);
     }
-}
-
-TEST(ParseEntry, NoRootRecordWithOffsetsInUnits) {
     const std::string mark = "\xEF\xBB\xBF";  // one unit, not three bytes; one mark only
-    const std::pair<std::string, int32_t> utf8[] = {
-        {mark, 1}, {mark + "<!DOCTYPE \xE4\xB8\xAD><a/>", 1}, {mark + mark, 1}, {"x", 0},
-        {"<!DOCTYPE a><a/>", 0}};
-    for (const auto &[text, offset] : utf8) expectNoRoot(parseUtf8(text), offset);
+    for (const auto &[text, offset] : {std::pair<std::string, int32_t>{mark, 1}, {mark + "<!DOCTYPE \xE4\xB8\xAD><a/>", 1},
+                                       {mark + mark, 1}, {"x", 0}, {"<!DOCTYPE a><a/>", 0}})
+        expectNoRoot(parseUtf8(text), offset);
     expectNoRoot(parseBytes("a\0"sv), 0);      // one byte of UTF-8
     expectNoRoot(parseBytes("x\0\0\0"sv), 0);  // unmarked UTF-16 "x" is UTF-8 "x"
     expectNoRoot(parseBytes("<\0\0\0"sv), 0);  // one byte of the UTF-16 class: one unit
@@ -103,7 +99,31 @@ TEST(ParseEntry, NoRootRecordWithOffsetsInUnits) {
         }
 }
 
-TEST(ParseEntry, BufferSwappedOnlyWhenBigEndianAndUtf16NeverCopied) {
+TEST(ParseEntry, Utf16FormsGiveTheUtf8Tree) {
+    const char *expected = "#document[{ü}é:中({http://www.w3.org/2000/xmlns/}xmlns:é=\"ü\")[\"ö €\",ÿ,C\"<é>\"]]";
+    EXPECT_EQ(describe(parseUtf8("<é:中 xmlns:é='ü'>ö €<ÿ/><![CDATA[<é>]]></é:中>").document.get()), expected);
+    EXPECT_EQ(parseUtf8("<é>中]]></é>").error.offset, 4);
+    for (const Utf16Options &form : {Utf16Options{Utf16Form::Native, false, false}, {Utf16Form::Native, true, false},
+                                     {Utf16Form::Native, false, true}, {Utf16Form::Swapped, true, false},
+                                     {Utf16Form::Swapped, true, true}}) {
+        const int label = static_cast<int>(form.form) * 4 + form.byteOrderMark * 2 + form.oddAddress;
+        EXPECT_EQ(describe(parseUtf16(u"<é:中 xmlns:é='ü'>ö €<ÿ/><![CDATA[<é>]]></é:中>", form).document.get()), expected)
+            << label;
+        Parsed failed = parseUtf16(u"<é>中]]></é>", form);  // offsets count units, the mark included
+        EXPECT_EQ(failed.error.code, ERR_END_TAG) << label;
+        EXPECT_EQ(failed.error.offset, form.byteOrderMark ? 5 : 4) << label;
+    }
+    EXPECT_EQ(describe(parseUtf16(u"<?xml version='1.0'?><?p d?><a/>", {Utf16Form::Swapped, true, false}).document.get()),
+              "#document[?p\"d\",a]");
+    // Surrogate pairs pass through.
+    Parsed pairs = parseUtf16(u"<a>\U0001F600<![CDATA[\U0001F601]]></a>");
+    ASSERT_NE(pairs.document, nullptr);
+    const vrkNode *text = pairs.document->firstChild->firstChild;
+    ASSERT_TRUE(text != nullptr && text->next != nullptr);
+    EXPECT_EQ(str(text->value) + str(text->next->value), u"\xD83D\xDE00\xD83D\xDE01");
+}
+
+TEST(ParseEntry, BufferSwappedInPlaceAndNeverCopiedForUtf16) {
     for (bool odd : {false, true}) {
         std::vector<unsigned char> native, after;
         const std::u16string_view text = u"<!DOCTYPE \u0100\u4E2D\u00FF><a/>";
@@ -122,9 +142,6 @@ TEST(ParseEntry, BufferSwappedOnlyWhenBigEndianAndUtf16NeverCopied) {
     EXPECT_EQ(countAllocations([] { parseUtf16(u"x", {Utf16Form::Native, true, false}); }), 1);
     EXPECT_EQ(countAllocations([] { parseUtf16(u"x", {Utf16Form::Swapped, true, true}); }), 1);
     EXPECT_EQ(countAllocations([] { parseBytes("\xEF\xBB\xBFx\0"sv); }), 2);
-}
-
-TEST(ParseEntry, AllocationFailuresLeakNothing) {
     EXPECT_EQ(forEachAllocationFailure([](const AllocationRun &run) {
                   Parsed p = parseBytes("\xEF\xBB\xBFx\0"sv);
                   if (!run.failed()) return expectNoRoot(p, 1);
@@ -135,49 +152,4 @@ TEST(ParseEntry, AllocationFailuresLeakNothing) {
                   EXPECT_TRUE(p.error.callerLine > 0 && p.error.offset == 0 && p.error.message == nullptr);
               }),
               3);
-}
-
-TEST(TokenToString, CopiesTheUnitsFromAnOddAddress) {
-    const std::u16string_view text = u"ab\u4E2Dcd\u00FFxy";
-    std::unique_ptr<unsigned char[]> bytes(new unsigned char[17]);  // no terminator behind
-    for (std::size_t i = 0; i < 16; ++i) bytes[1 + i] = static_cast<unsigned char>(text[i / 2] >> (i % 2 * 8));
-    auto *odd = reinterpret_cast<UniChar *>(bytes.get() + 1);
-    for (std::size_t first : {0u, 3u, 7u})
-        EXPECT_EQ(forEachAllocationFailure([&](const AllocationRun &run) {
-                      const Token token{odd + first, odd + 7};
-                      UniChar *copy = tokenToString(&token);
-                      EXPECT_EQ(str(copy), run.failed() ? std::u16string_view{} : text.substr(first));
-                      std::free(copy);
-                  }),
-                  2);
-}
-
-TEST(NameSpaceStack, PushRecordsDepthAndLengthsPopTakesDepthsAtOrAbove) {
-    UniChar text[] = {'p', 'u', 'r', 'i', 0};
-    ProduceContext context{};
-    const Token prefix{text, text}, uri{text + 1, text + 3}, none{nullptr, text + 3}, empty{text + 1, text};
-    for (int32_t depth : {0, 1, 1, 2}) {
-        context.depth = depth;
-        ASSERT_EQ(pushNameSpaceStack(&context, depth == 1 ? &none : &prefix, depth == 2 ? &empty : &uri), 1);
-    }
-    const NameSpaceStackEntry *top = context.nameSpaceStack, *below = top->next;
-    EXPECT_TRUE(top->depth == 2 && top->prefix == text && top->prefixLength == 1 &&
-                top->uri == text + 1 && top->uriLength == 0);
-    EXPECT_TRUE(below->depth == 1 && below->prefix == nullptr && below->prefixLength == 0 &&
-                below->uriLength == 3);
-    const std::pair<int32_t, int32_t> pops[] = {{3, 4}, {2, 3}, {2, 3}, {1, 1}, {-1, 0}};
-    for (const auto &[depth, left] : pops) {
-        context.depth = depth;
-        popNameSpaceStack(&context);
-        int32_t count = 0;
-        for (const NameSpaceStackEntry *e = context.nameSpaceStack; e; e = e->next) ++count;
-        EXPECT_EQ(count, left) << "depth " << depth;
-    }
-    EXPECT_EQ(forEachAllocationFailure([&](const AllocationRun &run) {
-                  const int32_t pushed = pushNameSpaceStack(&context, &prefix, &uri);
-                  EXPECT_EQ(pushed, run.failed() ? 0 : 1);
-                  EXPECT_EQ(context.nameSpaceStack == nullptr, run.failed());
-                  popNameSpaceStack(&context);  // depth -1 takes all
-              }),
-              2);
 }
