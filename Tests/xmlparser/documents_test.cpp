@@ -21,31 +21,24 @@ void expectOutcomes(std::initializer_list<Case> cases) {
 
 TEST(Documents, TagsAndWhatFollowsTheRoot) {
     expectOutcomes({
-        {"<a/>", "#document[a]"}, {"<a \t\r\n/>", "#document[a]"}, {"<a ></a\n>", "#document[a]"},
-        {"<a><b/><c></c></a>", "#document[a[b,c]]"}, {"<a><b></b>t<c/></a>", "#document[a[b,\"t\",c]]"},
+        {"<a \t\r\n/>", "#document[a]"}, {"<a><b></b>t<c/></a>", "#document[a[b,\"t\",c]]"},
         {"<a> <b/>\n</a>", "#document[a[\" \",b,\"\n\"]]"},
         {"<a.b-c_d\xC3\xA9></a.b-c_d\xC3\xA9>", "#document[a.b-c_d\xC3\xA9]"},
         // Nothing behind the root is examined.
         {"<a/>junk", "#document[a]"}, {"<a></a></b>", "#document[a]"}, {"<a/><![CDATA[", "#document[a]"},
-        {"<a/>&bogus;< ]]>", "#document[a]"},
-        {"<a", errorAt(ERR_TAG_END, 2)}, {"<a x='1' ?>", errorAt(ERR_TAG_END, 9)},
-        {"<a / >", errorAt(ERR_TAG_END, 3)}, {"<a><b x='1'", errorAt(ERR_TAG_END, 11)},
-        {"< a/>", errorAt(ERR_NO_ROOT_ELEMENT, 0)}, {"<a:/>", errorAt(ERR_NO_ROOT_ELEMENT, 0)},
+        {"<a/>&bogus;< ]]>", "#document[a]"}, {"<a", errorAt(ERR_TAG_END, 2)}, {"<a x='1' ?>", errorAt(ERR_TAG_END, 9)},
+        {"<a / >", errorAt(ERR_TAG_END, 3)}, {"< a/>", errorAt(ERR_NO_ROOT_ELEMENT, 0)},
         {"text<a/>", errorAt(ERR_NO_ROOT_ELEMENT, 0)}, {"<![CDATA[x]]><a/>", errorAt(ERR_NO_ROOT_ELEMENT, 0)},
         {"<a></ a>", errorAt(ERR_ETAG_NAME, 5)}, {"<a></>", errorAt(ERR_ETAG_NAME, 5)},
         {"<a></a", errorAt(ERR_TAG_END, 6)}, {"<a></a b>", errorAt(ERR_TAG_END, 7)},
-        {"<a></a/>", errorAt(ERR_TAG_END, 6)},
         // End tag names compared exactly; the offset lies behind the >.
         {"<a></b>", errorAt(ERR_END_TAG, 7)}, {"<a></A>", errorAt(ERR_END_TAG, 7)},
-        {"<a></aa>", errorAt(ERR_END_TAG, 8)}, {"<aa></a>", errorAt(ERR_END_TAG, 8)},
-        {"<a><b></a></b>", errorAt(ERR_END_TAG, 10)}, {"<a><b></b></b>", errorAt(ERR_END_TAG, 14)},
+        {"<a></aa>", errorAt(ERR_END_TAG, 8)}, {"<a><b></a></b>", errorAt(ERR_END_TAG, 10)},
         {"<p:a xmlns:p='u' xmlns:q='u'></q:a>", errorAt(ERR_END_TAG, 35)},
         // Content no end tag follows: where the content stopped.
         {"<a>", errorAt(ERR_END_TAG, 3)}, {"<a>text", errorAt(ERR_END_TAG, 7)}, {"<a><b/>", errorAt(ERR_END_TAG, 7)},
-        {"<a><b>", errorAt(ERR_END_TAG, 6)}, {"<a>x]]>y</a>", errorAt(ERR_END_TAG, 4)},
-        {"<a>x&y;</a>", errorAt(ERR_END_TAG, 4)}, {"<a>&amp</a>", errorAt(ERR_END_TAG, 3)},
-        {"<a>&</a>", errorAt(ERR_END_TAG, 3)}, {"<a>x< b/></a>", errorAt(ERR_END_TAG, 4)},
-        {"<a><b>t</b>< b/></a>", errorAt(ERR_END_TAG, 11)},
+        {"<a>x]]>y</a>", errorAt(ERR_END_TAG, 4)}, {"<a>x&y;</a>", errorAt(ERR_END_TAG, 4)},
+        {"<a>&amp</a>", errorAt(ERR_END_TAG, 3)}, {"<a>x< b/></a>", errorAt(ERR_END_TAG, 4)},
     });
     // The record of a production's failure names the parser and no caller.
     Parsed parsed = parseUtf8("<a></b>");
@@ -57,46 +50,38 @@ TEST(Documents, TagsAndWhatFollowsTheRoot) {
 TEST(Documents, TextSectionsAndReferencesInContent) {
     expectOutcomes({
         {"<a>]</a>", "#document[a[\"]\"]]"}, {"<a>x]]y]>z></a>", "#document[a[\"x]]y]>z>\"]]"},
-        {"<a>\r\n\t\x01</a>", "#document[a[\"\r\n\t\x01\"]]"},
         {"<a>a&amp;b&lt;&gt;&quot;&apos;&#65;&#x42;</a>",
          "#document[a[\"a\",\"&\",\"b\",\"<\",\">\",\"\\\"\",\"'\",\"A\",\"B\"]]"},
-        {"<a>&#13;&#x100000041;</a>", "#document[a[\"\r\",\"A\"]]"}, {"<a>&amp;lt;</a>", "#document[a[\"&\",\"lt;\"]]"},
-        {"<a><b>&#x42;</b>&#67;</a>", "#document[a[b[\"B\"],\"C\"]]"},
-        {"<a><![CDATA[]]></a>", "#document[a[C\"\"]]"}, {"<a><![CDATA[<![CDATA[x]]></a>", "#document[a[C\"<![CDATA[x\"]]"},
-        {"<a><![CDATA[x]]]></a>", "#document[a[C\"x]\"]]"},
+        {"<a>&#13;&#x100000041;</a>", "#document[a[\"\r\",\"A\"]]"}, {"<a><![CDATA[]]></a>", "#document[a[C\"\"]]"},
+        {"<a><![CDATA[<![CDATA[x]]></a>", "#document[a[C\"<![CDATA[x\"]]"},
         {"<a><![CDATA[<b>&amp;]]]]></a>", "#document[a[C\"<b>&amp;]]\"]]"},
-        {"<a>x<![CDATA[y]]>z</a>", "#document[a[\"x\",C\"y\",\"z\"]]"},
-        {"<a><![CDATA[", errorAt(ERR_UNTERMINATED, 12)}, {"<a><![CDATA[x]]", errorAt(ERR_UNTERMINATED, 15)},
-        {"<a><![CDATA[x</b>", errorAt(ERR_UNTERMINATED, 17)}, {"<a><![CDATA[x]]></a", errorAt(ERR_TAG_END, 19)},
-        {"<a><![CDATA x]]></a>", errorAt(ERR_END_TAG, 3)}, {"<a>]]]></a>", errorAt(ERR_END_TAG, 4)},
-        {"<a>t<![CDATA[x]]>]]></a>", errorAt(ERR_END_TAG, 17)},
+        {"<a>x<![CDATA[y]]>z</a>", "#document[a[\"x\",C\"y\",\"z\"]]"}, {"<a><![CDATA[", errorAt(ERR_UNTERMINATED, 12)},
+        {"<a><![CDATA[x]]", errorAt(ERR_UNTERMINATED, 15)}, {"<a><![CDATA[x</b>", errorAt(ERR_UNTERMINATED, 17)},
+        {"<a><![CDATA[x]]></a", errorAt(ERR_TAG_END, 19)}, {"<a><![CDATA x]]></a>", errorAt(ERR_END_TAG, 3)},
+        {"<a>]]]></a>", errorAt(ERR_END_TAG, 4)}, {"<a>t<![CDATA[x]]>]]></a>", errorAt(ERR_END_TAG, 17)},
         {"<a>&#1;</a>", errorAt(ERR_CHAR_REF, 7)}, {"<a>\xC3\xA9&#1;</a>", errorAt(ERR_CHAR_REF, 8)},
-        {"<a>&#X41;</a>", errorAt(ERR_CHAR_REF, 5)}, {"<a>&#65", errorAt(ERR_CHAR_REF, 7)},
-        {"<a>&#xFFFF;</a>", errorAt(ERR_CHAR_REF, 11)}, {"<a>x&LT;</a>", errorAt(ERR_END_TAG, 4)},
-        {"<a>&#1;&#;</a>", errorAt(ERR_CHAR_REF, 7)},
+        {"<a>&#65", errorAt(ERR_CHAR_REF, 7)}, {"<a>x&LT;</a>", errorAt(ERR_END_TAG, 4)},
     });
 }
 
 TEST(Documents, CommentsProcessingInstructionsAndMisc) {
     expectOutcomes({
-        {"<!--p--><a>x<!--c-->y</a><!--t-->", "#document[a[\"x\",\"y\"]]"}, {"<a><!----></a>", "#document[a]"},
-        {"<a><!--a-b- c - -></a>--></a>", "#document[a]"}, {"<a><!--<b>&nope;<![CDATA[ ]]>?>--></a>", "#document[a]"},
+        {"<!--p--><a>x<!--c-->y</a><!--t-->", "#document[a[\"x\",\"y\"]]"},
+        {"<a><!--<b>&nope;<![CDATA[ ]]>?>--></a>", "#document[a]"},
         // The four opening units are not reused for the closing.
         {"<!-->--><a/>", "#document[a]"}, {"<!--->--><a/>", "#document[a]"},
         {"<a><!-- x ---></a>", errorAt(ERR_COMMENT_HYPHENS, 10)},
         {"<a><!--\xC3\xA9 -- --></a>", errorAt(ERR_COMMENT_HYPHENS, 9)},
-        {"<a/><!-- x -- y -->", errorAt(ERR_COMMENT_HYPHENS, 11)}, {"<a/><!--x--", errorAt(ERR_COMMENT_HYPHENS, 9)},
-        {"<!--><a/>", errorAt(ERR_UNTERMINATED, 9)}, {"<!---><a/>", errorAt(ERR_UNTERMINATED, 10)},
-        {"<a><!-- x", errorAt(ERR_UNTERMINATED, 9)}, {"<a/><!-- -", errorAt(ERR_UNTERMINATED, 10)},
-        {"<a><?t?></a>", "#document[a[?t\"\"]]"}, {"<a><?t \t\r\n d  e \n?></a>", "#document[a[?t\"d  e \n\"]]"},
-        {"<a><?t!x?></a>", "#document[a[?t\"!x\"]]"}, {"<a><?t a?b? >?" "?></a>", "#document[a[?t\"a?b? >?\"]]"},
+        {"<a/><!-- x -- y -->", errorAt(ERR_COMMENT_HYPHENS, 11)}, {"<!--><a/>", errorAt(ERR_UNTERMINATED, 9)},
+        {"<!---><a/>", errorAt(ERR_UNTERMINATED, 10)}, {"<a><!-- x", errorAt(ERR_UNTERMINATED, 9)},
+        {"<a><?t \t\r\n d  e \n?></a>", "#document[a[?t\"d  e \n\"]]"},
+        {"<a><?t a?b? >?" "?></a>", "#document[a[?t\"a?b? >?\"]]"},
         {"<a><?p:q-1.x <x>?></a>", "#document[a[?p:q-1.x\"<x>\"]]"},
         // Only xml itself followed by white space is refused.
         {"<!----><?xml?><a/>", "#document[?xml\"\",a]"},
         {"<a><?XmL?><?xml-stylesheet href='s'?><?xmlx?></a>",
          "#document[a[?XmL\"\",?xml-stylesheet\"href='s'\",?xmlx\"\"]]"},
-        {"<a><?t data", errorAt(ERR_BAD_PI, 11)}, {"<a><?t d?", errorAt(ERR_BAD_PI, 9)},
-        {"<a/><?t", errorAt(ERR_BAD_PI, 7)}, {"<a><? t?></a>", errorAt(ERR_BAD_PI, 5)},
+        {"<a><?t data", errorAt(ERR_BAD_PI, 11)}, {"<a><? t?></a>", errorAt(ERR_BAD_PI, 5)},
         {"<a><?" "?></a>", errorAt(ERR_BAD_PI, 5)}, {"<a><?1x?></a>", errorAt(ERR_BAD_PI, 5)},
         {"<a><?XML\td?></a>", errorAt(ERR_BAD_PI, 5)}, {"<a/><?xml\r?>", errorAt(ERR_BAD_PI, 6)},
         {"<?Xml version='1.0'?><a/>", errorAt(ERR_BAD_PI, 2)},
@@ -108,14 +93,13 @@ TEST(Documents, CommentsProcessingInstructionsAndMisc) {
 }
 
 TEST(Documents, XmlDeclaration) {
-    for (const char *text : {"<?xml version='2.0' ?><a/>", "<?xml version=\"abc_.:-Z9\"?><a/>",
-                             "<?xml version = '1.0' encoding = \"utf-8\" standalone = 'no' ?><a/>",
-                             "<?xml\tversion='1.0'\nencoding='Utf-8'\r\nstandalone=\"yes\"?><a/>",
-                             "<?xml version='1.0' encoding='utf-16'?><a/>",  // the detected encoding decides
-                             "<?xml version='1.0' encoding='ISO-8859-1'?><a/>", "<?xml version='1.0' encoding=''?><a/>",
-                             "\xEF\xBB\xBF<?xml version='1.0' encoding='UTF-8'?><a/>"})
-        EXPECT_EQ(outcome(text), "#document[a]") << text;
     expectOutcomes({
+        {"<?xml version='2.0' ?><a/>", "#document[a]"}, {"<?xml version=\"abc_.:-Z9\"?><a/>", "#document[a]"},
+        {"<?xml\tversion='1.0'\nencoding='Utf-8'\r\nstandalone=\"yes\"?><a/>", "#document[a]"},
+        {"<?xml version='1.0' encoding=''?><a/>", "#document[a]"},
+        // The detected encoding decides, whatever the declaration names.
+        {"<?xml version='1.0' encoding='utf-16'?><a/>", "#document[a]"},
+        {"\xEF\xBB\xBF<?xml version='1.0' encoding='UTF-8'?><a/>", "#document[a]"},
         {"<?xml?><a/>", errorAt(ERR_XMLDECL_VERSION, 5)}, {"<?xmlversion='1.0'?><a/>", errorAt(ERR_XMLDECL_VERSION, 5)},
         {"<?xml Version='1.0'?><a/>", errorAt(ERR_XMLDECL_VERSION, 5)},
         {"<?xml-stylesheet href='s'?><a/>", errorAt(ERR_XMLDECL_VERSION, 5)},
@@ -123,25 +107,21 @@ TEST(Documents, XmlDeclaration) {
         {"<?xml version=1.0?><a/>", errorAt(ERR_OPENING_QUOTE, 14)},
         {"<?xml version=''?><a/>", errorAt(ERR_DECL_VALUE, 15)},
         {"<?xml version='1.0\"?><a/>", errorAt(ERR_CLOSING_QUOTE, 18)},
-        {"<?xml version='1/0'?><a/>", errorAt(ERR_CLOSING_QUOTE, 16)},
         {"<?xml version='1.0'  x?><a/>", errorAt(ERR_XMLDECL_END, 21)},
         {"<?xml version='1.0'encoding='UTF-8'?><a/>", errorAt(ERR_XMLDECL_END, 19)},
         {"<?xml version='1.0' encoding='UTF-8'standalone='no'?><a/>", errorAt(ERR_XMLDECL_END, 36)},
         {"<?xml version='1.0' standalone='yes' encoding='UTF-8'?><a/>", errorAt(ERR_XMLDECL_END, 37)},
         {"<?xml version='1.0' ?", errorAt(ERR_XMLDECL_END, 20)},
-        {"<?xml version='1.0' encoding 'UTF-8'?><a/>", errorAt(ERR_EQ_MISSING, 28)},
         {"<?xml version='1.0' encoding=UTF-8?><a/>", errorAt(ERR_ENCODING_DECL, 29)},
         {"<?xml version='1.0' encoding='ASCII'?><a/>", errorAt(ERR_BAD_ENCODING, 30)},
-        {"<?xml version='1.0' encoding='UTF_8'?><a/>", errorAt(ERR_BAD_ENCODING, 30)},
         {"<?xml version='1.0' encoding='UTF-8\"?><a/>", errorAt(ERR_CLOSING_QUOTE, 35)},
         {"<?xml version='1.0' encoding='a:b'?><a/>", errorAt(ERR_CLOSING_QUOTE, 31)},
-        {"<?xml version='1.0' standalone\"yes\"?><a/>", errorAt(ERR_EQ_MISSING, 30)},
         {"<?xml version='1.0' standalone=yes?><a/>", errorAt(ERR_OPENING_QUOTE, 31)},
         {"<?xml version='1.0' standalone='Yes'?><a/>", errorAt(ERR_DECL_VALUE, 32)},
-        {"<?xml version='1.0' standalone='yess'?><a/>", errorAt(ERR_CLOSING_QUOTE, 35)},
         {"\xEF\xBB\xBF<?xml?><a/>", errorAt(ERR_XMLDECL_VERSION, 6)},
         // Not at the very start it is a processing instruction with a refused target.
-        {" <?xml version='1.0'?><a/>", errorAt(ERR_BAD_PI, 3)}, {"<!----><?xml version='1.0'?><a/>", errorAt(ERR_BAD_PI, 9)},
+        {" <?xml version='1.0'?><a/>", errorAt(ERR_BAD_PI, 3)},
+        {"<!----><?xml version='1.0'?><a/>", errorAt(ERR_BAD_PI, 9)},
         // A pending declaration error wins unless there is no root.
         {"<?xml version='1.0' encoding?><!-- -- --><a/>", errorAt(ERR_EQ_MISSING, 28)},
         {"<?xml version='1.0' encoding?><a></b>", errorAt(ERR_EQ_MISSING, 28)},
@@ -159,7 +139,8 @@ TEST(Documents, Attributes) {
         {"<a x='\">' y=\"'>\"/>", R"(#document[a(x="\">" y="'>")])"},
         {"<a\n\tx\r\n=\n\t'v'\n/>", R"(#document[a(x="v")])"},
         {"<a x='\t\n\r\x01\x1F'/>", "#document[a(x=\"\t\n\r\x01\x1F\")]"},
-        {"<a x='&#9;&#10;&#13;'/>", "#document[a(x=\"\t\n\r\")]"}, {"<a x='&lt;&#65;&#x42;'/>", R"(#document[a(x="<AB")])"},
+        {"<a x='&#9;&#10;&#13;'/>", "#document[a(x=\"\t\n\r\")]"},
+        {"<a x='&lt;&#65;&#x42;'/>", R"(#document[a(x="<AB")])"},
         {"<a x='&#38;amp;' y='&amp;lt;'/>", R"(#document[a(x="&amp;" y="&lt;")])"},
         {"<a x='&#x100000041;&quot;&apos;'/>", R"(#document[a(x="A\"'")])"},
         {"<a x='1'y='2'/>", R"(#document[a(x="1" y="2")])"}, {"<a A='1' a='2'/>", R"(#document[a(A="1" a="2")])"},
@@ -168,13 +149,12 @@ TEST(Documents, Attributes) {
         {"<a x='x&y'/>", errorAt(ERR_ATTVALUE_END, 7)}, {"<a x='&nope;'/>", errorAt(ERR_ATTVALUE_END, 6)},
         {"<a x='x<y'/>", errorAt(ERR_ATTVALUE_END, 7)}, {"<a x='&#1;'/>", errorAt(ERR_CHAR_REF, 10)},
         {"<a x='&#xD800;'/>", errorAt(ERR_CHAR_REF, 14)}, {"<a x='&#65'/>", errorAt(ERR_CHAR_REF, 10)},
-        {"<a x='abc", errorAt(ERR_ATTVALUE_END, 9)}, {"<a x='abc&", errorAt(ERR_ATTVALUE_END, 9)},
-        {"<a x='\xC3\xA9&#65", errorAt(ERR_CHAR_REF, 11)}, {"<a x=\"it's", errorAt(ERR_ATTVALUE_END, 10)},
-        {"<a x=1/>", errorAt(ERR_OPENING_QUOTE, 5)}, {"<a x= \t1/>", errorAt(ERR_OPENING_QUOTE, 7)},
+        {"<a x='abc", errorAt(ERR_ATTVALUE_END, 9)}, {"<a x='\xC3\xA9&#65", errorAt(ERR_CHAR_REF, 11)},
+        {"<a x=\"it's", errorAt(ERR_ATTVALUE_END, 10)}, {"<a x=1/>", errorAt(ERR_OPENING_QUOTE, 5)},
         {"<a x/>", errorAt(ERR_EQ_MISSING, 4)}, {"<a x  'v'/>", errorAt(ERR_EQ_MISSING, 4)},
         {"<a a:b:c='v'/>", errorAt(ERR_EQ_MISSING, 6)}, {"<a a:='v'/>", errorAt(ERR_TAG_END, 3)},
-        {"<a xmlns:='v'/>", errorAt(ERR_NSATT_NAME, 9)}, {"<a xmlns:1='v'/>", errorAt(ERR_NSATT_NAME, 9)},
-        {"<a xmlns:a:b='v'/>", errorAt(ERR_EQ_MISSING, 10)}, {"<a xmlnsfoo='v'/>", errorAt(ERR_EQ_MISSING, 8)},
+        {"<a xmlns:='v'/>", errorAt(ERR_NSATT_NAME, 9)}, {"<a xmlns:a:b='v'/>", errorAt(ERR_EQ_MISSING, 10)},
+        {"<a xmlnsfoo='v'/>", errorAt(ERR_EQ_MISSING, 8)},
         // Errors in the attribute list come before the namespaces are resolved.
         {"<a p:x='1' y='&#1;'/>", errorAt(ERR_CHAR_REF, 18)},
         {"<a p:x='1' x='2' x='3'/>", errorAt(ERR_DUPLICATE_ATTRIBUTE, 22)},
@@ -182,7 +162,6 @@ TEST(Documents, Attributes) {
         // Duplicates: the whole name, exactly; the offset is behind the second value.
         {"<a x='1' x='2'/>", errorAt(ERR_DUPLICATE_ATTRIBUTE, 14)},
         {"<a x='1' y='' x='1'>", errorAt(ERR_DUPLICATE_ATTRIBUTE, 19)},
-        {"<a x='1'x=\"2\"/>", errorAt(ERR_DUPLICATE_ATTRIBUTE, 13)},
         {"<a xmlns='u' xmlns='v'/>", errorAt(ERR_DUPLICATE_ATTRIBUTE, 22)},
         {"<a xmlns:p='u' p:x='1' p:x='1'/>", errorAt(ERR_DUPLICATE_ATTRIBUTE, 30)},
     });
@@ -213,13 +192,10 @@ TEST(Documents, NamespaceScope) {
         // The namespace name is the raw text; the attribute's value is resolved.
         {"<a xmlns='a&amp;b' xmlns:p='&#x75;'><p:b/></a>",
          "#document[{a&amp;b}a(xmlns=\"a&b\" " XMLNS_NS "xmlns:p=\"u\")[{&#x75;}p:b]]"},
-        {"<p:a/>", errorAt(ERR_UNDECLARED_PREFIX, 4)}, {"<p:a ></p:a>", errorAt(ERR_UNDECLARED_PREFIX, 5)},
-        {"<a p:b='1'/>", errorAt(ERR_UNDECLARED_PREFIX, 10)},
-        {"<r><a xmlns:p='u'/><p:b/></r>", errorAt(ERR_UNDECLARED_PREFIX, 23)},
+        {"<p:a/>", errorAt(ERR_UNDECLARED_PREFIX, 4)}, {"<a p:b='1'/>", errorAt(ERR_UNDECLARED_PREFIX, 10)},
         {"<r><a xmlns:p='u'></a><p:b/></r>", errorAt(ERR_UNDECLARED_PREFIX, 26)},
         {"<a xmlns:p='u'><P:b/></a>", errorAt(ERR_UNDECLARED_PREFIX, 19)},
         {"<a xmlns:p='u'><pp:b/></a>", errorAt(ERR_UNDECLARED_PREFIX, 20)},
-        {"<a xmlns:pp='u'><p:b/></a>", errorAt(ERR_UNDECLARED_PREFIX, 20)},
         {"<a XMLNS:p='u'><p:b/></a>", errorAt(ERR_UNDECLARED_PREFIX, 19)},
         // A pending failure wins over what goes wrong later.
         {"<p:a ?>", errorAt(ERR_UNDECLARED_PREFIX, 5)}, {"<p:a>text", errorAt(ERR_UNDECLARED_PREFIX, 4)},
