@@ -22,7 +22,7 @@ constexpr int32_t kDepth = 100000;
 
 std::string repeat(const std::string &piece, int32_t count) {
     std::string out;
-    for (int32_t i = 0; i < count; ++i) out += piece;
+    while (count-- > 0) out += piece;
     return out;
 }
 
@@ -32,24 +32,21 @@ TEST(Robustness, HundredThousandLevelsOnASmallStack) {
     // Every level but the innermost gets a sibling behind its end tag.
     const std::string text = "<a xmlns:p='u'>" + repeat("<a>", kDepth - 1) + "<p:t/>" + repeat("</a><b/>", kDepth);
     const int64_t liveBefore = liveAllocations();
-    int32_t levels = 0, wellFormed = 0;
+    int32_t levels = 1, wellFormed = 0;
     std::string innermost;
-    runOnSmallStack([&] {
+    runOnSmallStack([&] {  // the document is destroyed on the small stack too
         Parsed parsed = parseUtf8(text);
-        if (parsed.document == nullptr) return;
-        const vrkNode *e = parsed.document->firstChild;
-        for (; e->firstChild && e->firstChild->type == ELEMENT_NODE && utf8(e->firstChild->name) == "a"; e = e->firstChild) {
-            ++levels;
+        const vrkNode *e = parsed.document ? parsed.document->firstChild : nullptr;
+        for (; e && e->firstChild && e->firstChild->type == ELEMENT_NODE && utf8(e->firstChild->name) == "a"; ++levels) {
             wellFormed += utf8(e->lastChild->name) == "b" && e->firstChild->next == e->lastChild;
+            e = e->firstChild;
         }
-        ++levels;
         innermost = describe(e);
         for (int32_t i = 0; i < kDepth && e != nullptr; ++i) e = e->parent;
-        if (e != parsed.document.get()) innermost = "parent links broken";
-    });  // the document is destroyed on the small stack too
-    EXPECT_EQ(levels, kDepth);
-    EXPECT_EQ(wellFormed, kDepth - 1);
-    EXPECT_EQ(innermost, "a[{u}p:t]");
+        if (e != parsed.document.get()) innermost += " with broken parent links";
+    });
+    EXPECT_EQ(std::to_string(levels) + " " + std::to_string(wellFormed) + " " + innermost,
+              std::to_string(kDepth) + " " + std::to_string(kDepth - 1) + " a[{u}p:t]");
     EXPECT_EQ(liveAllocations(), liveBefore);
 
     const std::pair<std::string, std::string> failures[] = {
@@ -77,35 +74,25 @@ TEST(Robustness, EveryRefusedAllocationFailsTheParseCleanly) {
     for (const bool wide : {false, true}) {
         const int64_t runs = forEachAllocationFailure([&](const AllocationRun &run) {
             Parsed parsed = wide ? parseUtf16(text16) : parseUtf8(text);
-            if (!run.failed()) {
-                EXPECT_EQ(describe(parsed.document.get()), tree);
-                return;
-            }
-            EXPECT_EQ(describe(parsed.document.get()), "(null)") << "allocation " << run.failingIndex();
             // In UTF-8 the first allocation is the decoded copy.
             const int32_t code = !wide && run.failingIndex() == 1 ? ERR_ENCODING_DECL : ERR_OUT_OF_MEMORY;
-            EXPECT_EQ(parsed.error.code, code) << "allocation " << run.failingIndex();
+            EXPECT_EQ(parsed.document ? describe(parsed.document.get()) : "error " + std::to_string(parsed.error.code),
+                      run.failed() ? "error " + std::to_string(code) : tree) << "allocation " << run.failingIndex();
         });
         EXPECT_GT(runs, 40) << (wide ? "UTF-16" : "UTF-8");
     }
     // Resolution copies the element's local and namespace names and reports
     // at the '>' (13); the declaration's stack entry is refused behind its
     // value (12); the pending error beats the mismatched end tag.
-    int atTagEnd = 0, atValue = 0;
+    std::map<std::string, int> inParser;  // failures the parser reports, by outcome
     forEachAllocationFailure([&](const AllocationRun &run) {
-        Parsed parsed = parseUtf16(u"<a xmlns='u' ></b>");
-        ASSERT_EQ(parsed.document, nullptr);
-        const std::string got = errorAt(parsed.error.code, parsed.error.offset);
-        if (!run.failed() || std::string_view(parsed.error.file) != "Source/xmlparser") {
-            EXPECT_EQ(got, run.failed() ? errorAt(ERR_OUT_OF_MEMORY, 0) : errorAt(ERR_END_TAG, 18));
-            return;
-        }
-        atTagEnd += got == errorAt(ERR_OUT_OF_MEMORY, 13);
-        atValue += got == errorAt(ERR_OUT_OF_MEMORY, 12);
-        EXPECT_TRUE(got == errorAt(ERR_OUT_OF_MEMORY, 13) || got == errorAt(ERR_OUT_OF_MEMORY, 12)) << got;
+        const std::string got = outcome("<a xmlns='u' ></b>");
+        if (!run.failed() || got != errorAt(ERR_OUT_OF_MEMORY, 0)) ++inParser[(run.failed() ? "" : "done ") + got];
     });
-    EXPECT_EQ(atTagEnd, 2);
-    EXPECT_EQ(atValue, 1);
+    EXPECT_EQ(inParser, (std::map<std::string, int>{{"done " + errorAt(ERR_END_TAG, 18), 1},
+                                                    {errorAt(ERR_ENCODING_DECL, 0), 1},  // the decoded copy
+                                                    {errorAt(ERR_OUT_OF_MEMORY, 12), 1},
+                                                    {errorAt(ERR_OUT_OF_MEMORY, 13), 2}}));
 }
 
 TEST(Robustness, ManyAttributesKeepTheirOrderAndDuplicatesAreFound) {
@@ -126,8 +113,8 @@ TEST(Robustness, ManyAttributesKeepTheirOrderAndDuplicatesAreFound) {
 }
 
 TEST(Robustness, NamespaceLookupsMatchTheNearestDeclaration) {
-    // Six prefixes and the default declared and used at random; the model
-    // keeps a stack of scopes.
+    // Six prefixes and the default declared and used at random, against a
+    // model that keeps a stack of scopes.
     Random random(11);
     for (int round = 0; round < 30; ++round) {
         std::string text, modelled;  // "{uri}" of each element in document order
@@ -136,30 +123,25 @@ TEST(Robustness, NamespaceLookupsMatchTheNearestDeclaration) {
         for (int made = 0; made < 300 && (made == 0 || !open.empty());) {
             if (!open.empty() && (random.chance(40) || open.size() > 80)) {
                 text += "</" + open.back() + ">";
-                open.pop_back();
-                scopes.pop_back();
+                open.pop_back(), scopes.pop_back();
                 continue;
             }
-            std::map<std::string, std::string> scope = scopes.back();
+            auto scope = scopes.back();
             std::string declarations;
             for (int d = static_cast<int>(random.below(3)); d > 0; --d) {
                 const std::string prefix = random.chance(20) ? "" : "p" + std::to_string(random.below(6));
                 const std::string attribute = prefix.empty() ? "xmlns" : "xmlns:" + prefix;
                 if (declarations.find(" " + attribute + "=") != std::string::npos) continue;
-                const std::string uri = "u" + std::to_string(made) + "_" + std::to_string(d);
-                declarations += " " + attribute + "='" + uri + "'";
-                scope[prefix] = uri;
+                scope[prefix] = "u" + std::to_string(made) + "_" + std::to_string(d);
+                declarations += " " + attribute + "='" + scope[prefix] + "'";
             }
             std::vector<std::string> usable{""};
             for (const auto &entry : scope)
                 if (!entry.first.empty()) usable.push_back(entry.first);
-            const std::string prefix = random.pick(usable);
-            const std::string name = prefix.empty() ? "e" : prefix + ":e";
+            const std::string prefix = random.pick(usable), name = prefix.empty() ? "e" : prefix + ":e";
             modelled += "{" + (scope.count(prefix) != 0 ? scope[prefix] : std::string("(null)")) + "}";
             text += "<" + name + declarations + ">";
-            open.push_back(name);
-            scopes.push_back(scope);
-            ++made;
+            open.push_back(name), scopes.push_back(scope), ++made;
         }
         while (!open.empty()) text += "</" + open.back() + ">", open.pop_back();
         Parsed parsed = parseUtf8(text);
@@ -167,12 +149,12 @@ TEST(Robustness, NamespaceLookupsMatchTheNearestDeclaration) {
         std::string actual;
         for (const vrkNode *node = parsed.document->firstChild; node != nullptr;) {
             actual += "{" + utf8(node->namespaceURI) + "}";
-            if (node->firstChild != nullptr) {
+            if (node->firstChild == nullptr) {
+                while (node != nullptr && node->next == nullptr) node = node->parent;
+                if (node != nullptr) node = node->next;
+            } else {
                 node = node->firstChild;
-                continue;
             }
-            while (node != nullptr && node->next == nullptr) node = node->parent;
-            if (node != nullptr) node = node->next;
         }
         EXPECT_EQ(actual, modelled) << text;
     }
