@@ -1,68 +1,73 @@
 // Whole documents: the tree each gives, or its error code and offset (in
-// units), with no block left behind (outcome() appends " (leaked)").
+// units), with no block left behind (outcome() appends " (leaked)"); deep,
+// large and generated documents, and every refused allocation.
+#include <map>
+#include <string>
+#include <vector>
+
 #include <gtest/gtest.h>
 
+#include "support/alloc_fault.h"
 #include "support/outcome.h"
 #include "support/parse_helpers.h"
+#include "support/random.h"
+#include "support/small_stack.h"
 #include "support/tree_text.h"
 
 using namespace vrktest;
 
-#define XMLNS_NS "{http://www.w3.org/2000/xmlns/}"
+#define XMLNS "{http://www.w3.org/2000/xmlns/}"
 #define XML_NS "{http://www.w3.org/XML/1998/namespace}"
 
 namespace {
 
 const auto err = errorAt;
+constexpr int32_t kDepth = 100000;
 
 void expectOutcomes(std::initializer_list<Case> cases) {
     for (const Case &c : cases) EXPECT_EQ(outcome(c.text), c.expected) << c.text;
 }
 
+std::string repeat(const std::string &piece, int32_t count) {
+    std::string out;
+    while (count-- > 0) out += piece;
+    return out;
+}
+
 }  // namespace
 
-TEST(Documents, TagsAndWhatFollowsTheRoot) {
+TEST(Documents, TagsContentAndWhatFollowsTheRoot) {
     expectOutcomes({
         {"<a \t\r\n/>", "#document[a]"}, {"<a><b></b>t<c/></a>", "#document[a[b,\"t\",c]]"},
         {"<a> <b/>\n</a>", "#document[a[\" \",b,\"\n\"]]"},
         {"<a.b-c_d\xC3\xA9></a.b-c_d\xC3\xA9>", "#document[a.b-c_d\xC3\xA9]"},
+        {"<a>]</a>", "#document[a[\"]\"]]"}, {"<a>x]]y]>z></a>", "#document[a[\"x]]y]>z>\"]]"},
+        {"<a>a&amp;b&lt;&gt;&quot;&apos;&#65;&#x42;</a>",
+         "#document[a[\"a\",\"&\",\"b\",\"<\",\">\",\"\\\"\",\"'\",\"A\",\"B\"]]"},
+        {"<a><![CDATA[]]></a>", "#document[a[C\"\"]]"}, {"<a><![CDATA[<![CDATA[x]]></a>", "#document[a[C\"<![CDATA[x\"]]"},
+        {"<a><![CDATA[<b>&amp;]]]]></a>", "#document[a[C\"<b>&amp;]]\"]]"},
+        {"<a>x<![CDATA[y]]>z</a>", "#document[a[\"x\",C\"y\",\"z\"]]"},
         // Nothing behind the root is examined.
-        {"<a/>junk", "#document[a]"}, {"<a></a></b>", "#document[a]"}, {"<a/><![CDATA[", "#document[a]"},
-        {"<a/>&bogus;< ]]>", "#document[a]"}, {"<a", err(ERR_TAG_END, 2)}, {"<a x='1' ?>", err(ERR_TAG_END, 9)},
-        {"<a / >", err(ERR_TAG_END, 3)}, {"< a/>", err(ERR_NO_ROOT_ELEMENT, 0)},
-        {"text<a/>", err(ERR_NO_ROOT_ELEMENT, 0)}, {"<![CDATA[x]]><a/>", err(ERR_NO_ROOT_ELEMENT, 0)},
-        {"<a></ a>", err(ERR_ETAG_NAME, 5)}, {"<a></>", err(ERR_ETAG_NAME, 5)}, {"<a></a", err(ERR_TAG_END, 6)},
-        {"<a></a b>", err(ERR_TAG_END, 7)},
+        {"<a/>junk", "#document[a]"}, {"<a></a></b>", "#document[a]"}, {"<a/>&bogus;< ]]>", "#document[a]"},
+        {"<a", err(ERR_TAG_END, 2)}, {"<a x='1' ?>", err(ERR_TAG_END, 9)}, {"<a / >", err(ERR_TAG_END, 3)},
+        {"< a/>", err(ERR_NO_ROOT_ELEMENT, 0)}, {"text<a/>", err(ERR_NO_ROOT_ELEMENT, 0)},
+        {"<![CDATA[x]]><a/>", err(ERR_NO_ROOT_ELEMENT, 0)}, {"<a></ a>", err(ERR_ETAG_NAME, 5)},
+        {"<a></>", err(ERR_ETAG_NAME, 5)}, {"<a></a", err(ERR_TAG_END, 6)}, {"<a></a b>", err(ERR_TAG_END, 7)},
         // End tag names compared exactly; the offset lies behind the >.
-        {"<a></b>", err(ERR_END_TAG, 7)}, {"<a></A>", err(ERR_END_TAG, 7)}, {"<a></aa>", err(ERR_END_TAG, 8)},
-        {"<a><b></a></b>", err(ERR_END_TAG, 10)}, {"<p:a xmlns:p='u' xmlns:q='u'></q:a>", err(ERR_END_TAG, 35)},
+        {"<a></A>", err(ERR_END_TAG, 7)}, {"<a></aa>", err(ERR_END_TAG, 8)}, {"<a><b></a></b>", err(ERR_END_TAG, 10)},
+        {"<p:a xmlns:p='u' xmlns:q='u'></q:a>", err(ERR_END_TAG, 35)},
         // Content no end tag follows: where the content stopped.
         {"<a>", err(ERR_END_TAG, 3)}, {"<a>text", err(ERR_END_TAG, 7)}, {"<a><b/>", err(ERR_END_TAG, 7)},
-        {"<a>x]]>y</a>", err(ERR_END_TAG, 4)}, {"<a>x&y;</a>", err(ERR_END_TAG, 4)},
-        {"<a>&amp</a>", err(ERR_END_TAG, 3)}, {"<a>x< b/></a>", err(ERR_END_TAG, 4)},
+        {"<a>x]]>y</a>", err(ERR_END_TAG, 4)}, {"<a>x&y;</a>", err(ERR_END_TAG, 4)}, {"<a>&amp</a>", err(ERR_END_TAG, 3)},
+        {"<a>x< b/></a>", err(ERR_END_TAG, 4)}, {"<a><![CDATA[", err(ERR_UNTERMINATED, 12)},
+        {"<a><![CDATA[x</b>", err(ERR_UNTERMINATED, 17)}, {"<a><![CDATA[x]]></a", err(ERR_TAG_END, 19)},
+        {"<a><![CDATA x]]></a>", err(ERR_END_TAG, 3)}, {"<a>t<![CDATA[x]]>]]></a>", err(ERR_END_TAG, 17)},
+        {"<a>\xC3\xA9&#1;</a>", err(ERR_CHAR_REF, 8)}, {"<a>&#65", err(ERR_CHAR_REF, 7)},
     });
     // The record of a production's failure names the parser and no caller.
     Parsed parsed = parseUtf8("<a></b>");
     EXPECT_STREQ(parsed.error.file, "Source/xmlparser");
-    EXPECT_EQ(parsed.error.callerFile, nullptr);
-    EXPECT_EQ(parsed.error.message, nullptr);
-}
-
-TEST(Documents, TextSectionsAndReferencesInContent) {
-    expectOutcomes({
-        {"<a>]</a>", "#document[a[\"]\"]]"}, {"<a>x]]y]>z></a>", "#document[a[\"x]]y]>z>\"]]"},
-        {"<a>a&amp;b&lt;&gt;&quot;&apos;&#65;&#x42;</a>",
-         "#document[a[\"a\",\"&\",\"b\",\"<\",\">\",\"\\\"\",\"'\",\"A\",\"B\"]]"},
-        {"<a>&#13;&#x100000041;</a>", "#document[a[\"\r\",\"A\"]]"}, {"<a><![CDATA[]]></a>", "#document[a[C\"\"]]"},
-        {"<a><![CDATA[<![CDATA[x]]></a>", "#document[a[C\"<![CDATA[x\"]]"},
-        {"<a><![CDATA[<b>&amp;]]]]></a>", "#document[a[C\"<b>&amp;]]\"]]"},
-        {"<a>x<![CDATA[y]]>z</a>", "#document[a[\"x\",C\"y\",\"z\"]]"}, {"<a><![CDATA[", err(ERR_UNTERMINATED, 12)},
-        {"<a><![CDATA[x]]", err(ERR_UNTERMINATED, 15)}, {"<a><![CDATA[x</b>", err(ERR_UNTERMINATED, 17)},
-        {"<a><![CDATA[x]]></a", err(ERR_TAG_END, 19)}, {"<a><![CDATA x]]></a>", err(ERR_END_TAG, 3)},
-        {"<a>]]]></a>", err(ERR_END_TAG, 4)}, {"<a>t<![CDATA[x]]>]]></a>", err(ERR_END_TAG, 17)},
-        {"<a>&#1;</a>", err(ERR_CHAR_REF, 7)}, {"<a>\xC3\xA9&#1;</a>", err(ERR_CHAR_REF, 8)},
-        {"<a>&#65", err(ERR_CHAR_REF, 7)}, {"<a>x&LT;</a>", err(ERR_END_TAG, 4)},
-    });
+    EXPECT_TRUE(parsed.error.callerFile == nullptr && parsed.error.message == nullptr);
 }
 
 TEST(Documents, CommentsProcessingInstructionsAndMisc) {
@@ -70,11 +75,9 @@ TEST(Documents, CommentsProcessingInstructionsAndMisc) {
         {"<!--p--><a>x<!--c-->y</a><!--t-->", "#document[a[\"x\",\"y\"]]"},
         {"<a><!--<b>&nope;<![CDATA[ ]]>?>--></a>", "#document[a]"},
         // The four opening units are not reused for the closing.
-        {"<!-->--><a/>", "#document[a]"}, {"<!--->--><a/>", "#document[a]"},
-        {"<a><!-- x ---></a>", err(ERR_COMMENT_HYPHENS, 10)},
-        {"<a><!--\xC3\xA9 -- --></a>", err(ERR_COMMENT_HYPHENS, 9)},
-        {"<a/><!-- x -- y -->", err(ERR_COMMENT_HYPHENS, 11)}, {"<!--><a/>", err(ERR_UNTERMINATED, 9)},
-        {"<!---><a/>", err(ERR_UNTERMINATED, 10)}, {"<a><!-- x", err(ERR_UNTERMINATED, 9)},
+        {"<!-->--><a/>", "#document[a]"}, {"<!--->--><a/>", "#document[a]"}, {"<!--><a/>", err(ERR_UNTERMINATED, 9)},
+        {"<!---><a/>", err(ERR_UNTERMINATED, 10)}, {"<a><!-- x ---></a>", err(ERR_COMMENT_HYPHENS, 10)},
+        {"<a><!--\xC3\xA9 -- --></a>", err(ERR_COMMENT_HYPHENS, 9)}, {"<a><!-- x", err(ERR_UNTERMINATED, 9)},
         {"<a><?t \t\r\n d  e \n?></a>", "#document[a[?t\"d  e \n\"]]"},
         {"<a><?t a?b? >?" "?></a>", "#document[a[?t\"a?b? >?\"]]"},
         {"<a><?p:q-1.x <x>?></a>", "#document[a[?p:q-1.x\"<x>\"]]"},
@@ -82,8 +85,7 @@ TEST(Documents, CommentsProcessingInstructionsAndMisc) {
         {"<!----><?xml?><a/>", "#document[?xml\"\",a]"},
         {"<a><?XmL?><?xml-stylesheet href='s'?><?xmlx?></a>",
          "#document[a[?XmL\"\",?xml-stylesheet\"href='s'\",?xmlx\"\"]]"},
-        {"<a><?t data", err(ERR_BAD_PI, 11)}, {"<a><? t?></a>", err(ERR_BAD_PI, 5)},
-        {"<a><?" "?></a>", err(ERR_BAD_PI, 5)}, {"<a><?1x?></a>", err(ERR_BAD_PI, 5)},
+        {"<a><?t data", err(ERR_BAD_PI, 11)}, {"<a><? t?></a>", err(ERR_BAD_PI, 5)}, {"<a><?1x?></a>", err(ERR_BAD_PI, 5)},
         {"<a><?XML\td?></a>", err(ERR_BAD_PI, 5)}, {"<a/><?xml\r?>", err(ERR_BAD_PI, 6)},
         {"<?Xml version='1.0'?><a/>", err(ERR_BAD_PI, 2)},
         {"<?p1?><!--c-->\n<?p2 x?><a><?in?></a><?t1?> <!--c-->\t<?t2 y?>\n",
@@ -97,10 +99,9 @@ TEST(Documents, XmlDeclaration) {
     expectOutcomes({
         {"<?xml version='2.0' ?><a/>", "#document[a]"}, {"<?xml version=\"abc_.:-Z9\"?><a/>", "#document[a]"},
         {"<?xml\tversion='1.0'\nencoding='Utf-8'\r\nstandalone=\"yes\"?><a/>", "#document[a]"},
-        {"<?xml version='1.0' encoding=''?><a/>", "#document[a]"},
         // The detected encoding decides, whatever the declaration names.
+        {"<?xml version='1.0' encoding=''?><a/>", "#document[a]"},
         {"<?xml version='1.0' encoding='utf-16'?><a/>", "#document[a]"},
-        {"\xEF\xBB\xBF<?xml version='1.0' encoding='UTF-8'?><a/>", "#document[a]"},
         {"<?xml?><a/>", err(ERR_XMLDECL_VERSION, 5)}, {"<?xmlversion='1.0'?><a/>", err(ERR_XMLDECL_VERSION, 5)},
         {"<?xml Version='1.0'?><a/>", err(ERR_XMLDECL_VERSION, 5)},
         {"<?xml-stylesheet href='s'?><a/>", err(ERR_XMLDECL_VERSION, 5)},
@@ -113,7 +114,6 @@ TEST(Documents, XmlDeclaration) {
         {"<?xml version='1.0' ?", err(ERR_XMLDECL_END, 20)},
         {"<?xml version='1.0' encoding=UTF-8?><a/>", err(ERR_ENCODING_DECL, 29)},
         {"<?xml version='1.0' encoding='ASCII'?><a/>", err(ERR_BAD_ENCODING, 30)},
-        {"<?xml version='1.0' encoding='UTF-8\"?><a/>", err(ERR_CLOSING_QUOTE, 35)},
         {"<?xml version='1.0' encoding='a:b'?><a/>", err(ERR_CLOSING_QUOTE, 31)},
         {"<?xml version='1.0' standalone=yes?><a/>", err(ERR_OPENING_QUOTE, 31)},
         {"<?xml version='1.0' standalone='Yes'?><a/>", err(ERR_DECL_VALUE, 32)},
@@ -121,32 +121,27 @@ TEST(Documents, XmlDeclaration) {
         // Not at the very start it is a processing instruction with a refused target.
         {" <?xml version='1.0'?><a/>", err(ERR_BAD_PI, 3)}, {"<!----><?xml version='1.0'?><a/>", err(ERR_BAD_PI, 9)},
         // A pending declaration error wins unless there is no root.
-        {"<?xml version='1.0' encoding?><!-- -- --><a/>", err(ERR_EQ_MISSING, 28)},
         {"<?xml version='1.0' encoding?><a></b>", err(ERR_EQ_MISSING, 28)},
         {"<?xml version='1.0' standalone?><a/>", err(ERR_EQ_MISSING, 30)},
-        {"<?xml version='1.0' encoding?>", err(ERR_NO_ROOT_ELEMENT, 30)},
         {"<?xml version='1.0' encoding?> <!--c--> junk", err(ERR_NO_ROOT_ELEMENT, 40)},
     });
     // The mark counts as one unit in UTF-16 as well.
     Parsed wide = parseUtf16(u"<?xml version='1.0' encoding='ascii'?><a/>", {.byteOrderMark = true});
-    EXPECT_EQ(errorAt(wide.error.code, wide.error.offset), err(ERR_BAD_ENCODING, 31));
+    EXPECT_EQ(err(wide.error.code, wide.error.offset), err(ERR_BAD_ENCODING, 31));
 }
 
 TEST(Documents, Attributes) {
     expectOutcomes({
         {"<a x='\">' y=\"'>\"/>", R"(#document[a(x="\">" y="'>")])"},
         {"<a\n\tx\r\n=\n\t'v'\n/>", R"(#document[a(x="v")])"},
-        {"<a x='\t\n\r\x01\x1F'/>", "#document[a(x=\"\t\n\r\x01\x1F\")]"},
-        {"<a x='&#9;&#10;&#13;'/>", "#document[a(x=\"\t\n\r\")]"},
-        {"<a x='&lt;&#65;&#x42;'/>", R"(#document[a(x="<AB")])"},
+        {"<a x='\t\n\r\x01\x1F&#9;&#10;&#13;'/>", "#document[a(x=\"\t\n\r\x01\x1F\t\n\r\")]"},
+        {"<a x='&lt;&#65;&#x42;&#x100000041;&quot;&apos;'/>", R"(#document[a(x="<ABA\"'")])"},
         {"<a x='&#38;amp;' y='&amp;lt;'/>", R"(#document[a(x="&amp;" y="&lt;")])"},
-        {"<a x='&#x100000041;&quot;&apos;'/>", R"(#document[a(x="A\"'")])"},
         {"<a x='1'y='2'/>", R"(#document[a(x="1" y="2")])"}, {"<a A='1' a='2'/>", R"(#document[a(A="1" a="2")])"},
         {"<a xmlns:p='u' p:a='1' xmlns:q='u' q:a='2'/>",
-         "#document[a(" XMLNS_NS R"(xmlns:p="u" {u}p:a="1" )" XMLNS_NS R"(xmlns:q="u" {u}q:a="2")])"},
+         "#document[a(" XMLNS R"(xmlns:p="u" {u}p:a="1" )" XMLNS R"(xmlns:q="u" {u}q:a="2")])"},
         {"<a x='x&y'/>", err(ERR_ATTVALUE_END, 7)}, {"<a x='&nope;'/>", err(ERR_ATTVALUE_END, 6)},
-        {"<a x='x<y'/>", err(ERR_ATTVALUE_END, 7)}, {"<a x='&#1;'/>", err(ERR_CHAR_REF, 10)},
-        {"<a x='&#xD800;'/>", err(ERR_CHAR_REF, 14)}, {"<a x='&#65'/>", err(ERR_CHAR_REF, 10)},
+        {"<a x='x<y'/>", err(ERR_ATTVALUE_END, 7)}, {"<a x='&#xD800;'/>", err(ERR_CHAR_REF, 14)},
         {"<a x='abc", err(ERR_ATTVALUE_END, 9)}, {"<a x='\xC3\xA9&#65", err(ERR_CHAR_REF, 11)},
         {"<a x=\"it's", err(ERR_ATTVALUE_END, 10)}, {"<a x=1/>", err(ERR_OPENING_QUOTE, 5)},
         {"<a x/>", err(ERR_EQ_MISSING, 4)}, {"<a x  'v'/>", err(ERR_EQ_MISSING, 4)},
@@ -154,13 +149,10 @@ TEST(Documents, Attributes) {
         {"<a xmlns:='v'/>", err(ERR_NSATT_NAME, 9)}, {"<a xmlns:a:b='v'/>", err(ERR_EQ_MISSING, 10)},
         {"<a xmlnsfoo='v'/>", err(ERR_EQ_MISSING, 8)},
         // Errors in the attribute list come before the namespaces are resolved.
-        {"<a p:x='1' y='&#1;'/>", err(ERR_CHAR_REF, 18)},
-        {"<a p:x='1' x='2' x='3'/>", err(ERR_DUPLICATE_ATTRIBUTE, 22)},
+        {"<a p:x='1' y='&#1;'/>", err(ERR_CHAR_REF, 18)}, {"<a p:x='1' x='2' x='3'/>", err(ERR_DUPLICATE_ATTRIBUTE, 22)},
         {"<p:a x='1'>&#1;</p:a>", err(ERR_UNDECLARED_PREFIX, 10)},
         // Duplicates: the whole name, exactly; the offset is behind the second value.
-        {"<a x='1' x='2'/>", err(ERR_DUPLICATE_ATTRIBUTE, 14)},
-        {"<a x='1' y='' x='1'>", err(ERR_DUPLICATE_ATTRIBUTE, 19)},
-        {"<a xmlns='u' xmlns='v'/>", err(ERR_DUPLICATE_ATTRIBUTE, 22)},
+        {"<a x='1' y='' x='1'>", err(ERR_DUPLICATE_ATTRIBUTE, 19)}, {"<a xmlns='u' xmlns='v'/>", err(ERR_DUPLICATE_ATTRIBUTE, 22)},
         {"<a xmlns:p='u' p:x='1' p:x='1'/>", err(ERR_DUPLICATE_ATTRIBUTE, 30)},
     });
     // Only the duplicate carries a message.
@@ -173,23 +165,22 @@ TEST(Documents, NamespaceScope) {
     expectOutcomes({
         // The default applies to elements only.
         {"<a xmlns='u' b='1'/>", "#document[{u}a(xmlns=\"u\" b=\"1\")]"},
-        {"<a xmlns=''><b/></a>", "#document[{}a(xmlns=\"\")[{}b]]"},
-        {"<a xmlns:p=''><p:b/></a>", "#document[a(" XMLNS_NS "xmlns:p=\"\")[{}p:b]]"},
+        {"<a xmlns:p=''><p:b/></a>", "#document[a(" XMLNS "xmlns:p=\"\")[{}p:b]]"},
         // Resolution comes after the last attribute of the tag.
-        {"<x p:a='1' xmlns:p='u'/>", "#document[x({u}p:a=\"1\" " XMLNS_NS "xmlns:p=\"u\")]"},
+        {"<x p:a='1' xmlns:p='u'/>", "#document[x({u}p:a=\"1\" " XMLNS "xmlns:p=\"u\")]"},
         {"<p:a xmlns:p='1'><p:b xmlns:p='2'><p:c/></p:b><p:d/></p:a>",
-         "#document[{1}p:a(" XMLNS_NS "xmlns:p=\"1\")[{2}p:b(" XMLNS_NS "xmlns:p=\"2\")[{2}p:c],{1}p:d]]"},
+         "#document[{1}p:a(" XMLNS "xmlns:p=\"1\")[{2}p:b(" XMLNS "xmlns:p=\"2\")[{2}p:c],{1}p:d]]"},
         {"<a xmlns='1'><b xmlns='2'/><c xmlns=''><d/></c><e/></a>",
          "#document[{1}a(xmlns=\"1\")[{2}b(xmlns=\"2\"),{}c(xmlns=\"\")[{}d],{1}e]]"},
         {"<r><a xmlns='1'><b/></a><c/></r>", "#document[r[{1}a(xmlns=\"1\")[{1}b],c]]"},
         // Reserved prefixes: no declaration needed, case folded, not rebindable.
         {"<a xml:lang='en'><b XML:lang='de'/></a>",
          "#document[a(" XML_NS "xml:lang=\"en\")[b(" XML_NS "XML:lang=\"de\")]]"},
-        {"<xmlns:a XMLNS:b='1'/>", "#document[" XMLNS_NS "xmlns:a(" XMLNS_NS "XMLNS:b=\"1\")]"},
-        {"<a xmlns:xml='u'><xml:b/></a>", "#document[a(" XMLNS_NS "xmlns:xml=\"u\")[" XML_NS "xml:b]]"},
+        {"<xmlns:a XMLNS:b='1'/>", "#document[" XMLNS "xmlns:a(" XMLNS "XMLNS:b=\"1\")]"},
+        {"<a xmlns:xml='u'><xml:b/></a>", "#document[a(" XMLNS "xmlns:xml=\"u\")[" XML_NS "xml:b]]"},
         // The namespace name is the raw text; the attribute's value is resolved.
         {"<a xmlns='a&amp;b' xmlns:p='&#x75;'><p:b/></a>",
-         "#document[{a&amp;b}a(xmlns=\"a&b\" " XMLNS_NS "xmlns:p=\"u\")[{&#x75;}p:b]]"},
+         "#document[{a&amp;b}a(xmlns=\"a&b\" " XMLNS "xmlns:p=\"u\")[{&#x75;}p:b]]"},
         {"<p:a/>", err(ERR_UNDECLARED_PREFIX, 4)}, {"<a p:b='1'/>", err(ERR_UNDECLARED_PREFIX, 10)},
         {"<r><a xmlns:p='u'></a><p:b/></r>", err(ERR_UNDECLARED_PREFIX, 26)},
         {"<a xmlns:p='u'><P:b/></a>", err(ERR_UNDECLARED_PREFIX, 19)},
@@ -205,4 +196,136 @@ TEST(Documents, NamespaceScope) {
     EXPECT_EQ(namespaceFields(parsed.document.get()),
               "(null)|(null)|(null);p|a|u;xmlns|p|http://www.w3.org/2000/xmlns/;(null)|(null)|(null);p|c|u;"
               "(null)|d|v;(null)|(null)|(null);(null)|e|;(null)|(null)|(null);(null)|(null)|(null);");
+}
+
+TEST(Documents, HundredThousandLevelsOnASmallStack) {
+    // Every level but the innermost gets a sibling behind its end tag.
+    const std::string text = "<a xmlns:p='u'>" + repeat("<a>", kDepth - 1) + "<p:t/>" + repeat("</a><b/>", kDepth);
+    const int64_t liveBefore = liveAllocations();
+    int32_t levels = 1, wellFormed = 0;
+    std::string innermost;
+    runOnSmallStack([&] {  // the document is destroyed on the small stack too
+        Parsed parsed = parseUtf8(text);
+        const vrkNode *e = parsed.document ? parsed.document->firstChild : nullptr;
+        for (; e && e->firstChild && e->firstChild->type == ELEMENT_NODE && utf8(e->firstChild->name) == "a"; ++levels) {
+            wellFormed += utf8(e->lastChild->name) == "b" && e->firstChild->next == e->lastChild;
+            e = e->firstChild;
+        }
+        innermost = describe(e);
+        for (int32_t i = 0; i < kDepth && e != nullptr; ++i) e = e->parent;
+        if (e != parsed.document.get()) innermost += " with broken parent links";
+    });
+    EXPECT_EQ(std::to_string(levels) + " " + std::to_string(wellFormed) + " " + innermost,
+              std::to_string(kDepth) + " " + std::to_string(kDepth - 1) + " a[{u}p:t]");
+    EXPECT_EQ(liveAllocations(), liveBefore);
+
+    const std::pair<std::string, std::string> failures[] = {
+        {repeat("<a>", kDepth) + "</b>" + repeat("</a>", kDepth), errorAt(ERR_END_TAG, 3 * kDepth + 4)},
+        {repeat("<a>", kDepth) + repeat("</a>", kDepth - 1) + "</b>", errorAt(ERR_END_TAG, 7 * kDepth)},
+        {repeat("<a>", kDepth) + "x", errorAt(ERR_END_TAG, 3 * kDepth + 1)},
+        // A declaration on every level: the lookup walks all, the cleanup frees all.
+        {repeat("<a xmlns='k'>", kDepth) + "<q:x/></b>", errorAt(ERR_UNDECLARED_PREFIX, 13 * kDepth + 4)},
+    };
+    for (const auto &[failing, expected] : failures) {
+        std::string got;
+        runOnSmallStack([&, &failing = failing] { got = outcome(failing); });
+        EXPECT_EQ(got, expected);
+    }
+}
+
+TEST(Documents, EveryRefusedAllocationFailsTheParseCleanly) {
+    const std::string text =
+        "<?xml version='1.0' standalone='no'?>\n<!-- c --><?p1 d?><p:r xmlns:p='u&amp;' xmlns='d' a='1&amp;2' "
+        "p:b='&lt;x&#65;' c=''>t&lt;<![CDATA[c]]><e xmlns:q='v' q:f=''/><p:g>&#65;<?in x?></p:g> </p:r><?t1?>";
+    const std::u16string text16(text.begin(), text.end());
+    const std::string tree =
+        "#document[?p1\"d\",{u&amp;}p:r(" XMLNS "xmlns:p=\"u&\" xmlns=\"d\" a=\"1&2\" {u&amp;}p:b=\"<xA\" c=\"\")"
+        "[\"t\",\"<\",C\"c\",{d}e(" XMLNS "xmlns:q=\"v\" {v}q:f=\"\"),{u&amp;}p:g[\"A\",?in\"x\"],\" \"],?t1\"\"]";
+    for (const bool wide : {false, true}) {
+        const int64_t runs = forEachAllocationFailure([&](const AllocationRun &run) {
+            Parsed parsed = wide ? parseUtf16(text16) : parseUtf8(text);
+            // In UTF-8 the first allocation is the decoded copy.
+            const int32_t code = !wide && run.failingIndex() == 1 ? ERR_ENCODING_DECL : ERR_OUT_OF_MEMORY;
+            EXPECT_EQ(parsed.document ? describe(parsed.document.get()) : "error " + std::to_string(parsed.error.code),
+                      run.failed() ? "error " + std::to_string(code) : tree) << "allocation " << run.failingIndex();
+        });
+        EXPECT_GT(runs, 40) << (wide ? "UTF-16" : "UTF-8");
+    }
+    // Resolution copies the element's local and namespace names and reports
+    // at the '>' (13); the declaration's stack entry is refused behind its
+    // value (12); the pending error beats the mismatched end tag.
+    std::map<std::string, int> inParser;  // failures the parser reports, by outcome
+    forEachAllocationFailure([&](const AllocationRun &run) {
+        const std::string got = outcome("<a xmlns='u' ></b>");
+        if (!run.failed() || got != errorAt(ERR_OUT_OF_MEMORY, 0)) ++inParser[(run.failed() ? "" : "done ") + got];
+    });
+    EXPECT_EQ(inParser, (std::map<std::string, int>{{"done " + errorAt(ERR_END_TAG, 18), 1},
+                                                    {errorAt(ERR_ENCODING_DECL, 0), 1},  // the decoded copy
+                                                    {errorAt(ERR_OUT_OF_MEMORY, 12), 1},
+                                                    {errorAt(ERR_OUT_OF_MEMORY, 13), 2}}));
+}
+
+TEST(Documents, ManyAttributesKeepTheirOrderAndDuplicatesAreFound) {
+    Random random(7);
+    for (int round = 0; round < 20; ++round) {
+        const int count = 1 + static_cast<int>(random.below(2000));
+        std::string tag = "<e", expected = "#document[e(";
+        for (int i = 0; i < count; ++i) {  // names in no sorted order
+            const std::string name = "a" + std::to_string((i * 7919) % 10007);
+            tag += " " + name + "='" + std::to_string(i) + "'";
+            expected += (i == 0 ? "" : " ") + name + "=\"" + std::to_string(i) + "\"";
+        }
+        EXPECT_EQ(outcome(tag + "/>"), expected + ")]");
+        const int repeated = static_cast<int>(random.below(static_cast<std::size_t>(count)));
+        const std::string twice = tag + " a" + std::to_string((repeated * 7919) % 10007) + "='x'";
+        EXPECT_EQ(outcome(twice + "/>"), errorAt(ERR_DUPLICATE_ATTRIBUTE, static_cast<int32_t>(twice.size())));
+    }
+}
+
+TEST(Documents, NamespaceLookupsMatchTheNearestDeclaration) {
+    // Six prefixes and the default declared and used at random, against a
+    // model that keeps a stack of scopes.
+    Random random(11);
+    for (int round = 0; round < 30; ++round) {
+        std::string text, modelled;  // "{uri}" of each element in document order
+        std::vector<std::map<std::string, std::string>> scopes{{}};
+        std::vector<std::string> open;
+        for (int made = 0; made < 300 && (made == 0 || !open.empty());) {
+            if (!open.empty() && (random.chance(40) || open.size() > 80)) {
+                text += "</" + open.back() + ">";
+                open.pop_back(), scopes.pop_back();
+                continue;
+            }
+            auto scope = scopes.back();
+            std::string declarations;
+            for (int d = static_cast<int>(random.below(3)); d > 0; --d) {
+                const std::string prefix = random.chance(20) ? "" : "p" + std::to_string(random.below(6));
+                const std::string attribute = prefix.empty() ? "xmlns" : "xmlns:" + prefix;
+                if (declarations.find(" " + attribute + "=") != std::string::npos) continue;
+                scope[prefix] = "u" + std::to_string(made) + "_" + std::to_string(d);
+                declarations += " " + attribute + "='" + scope[prefix] + "'";
+            }
+            std::vector<std::string> usable{""};
+            for (const auto &entry : scope)
+                if (!entry.first.empty()) usable.push_back(entry.first);
+            const std::string prefix = random.pick(usable), name = prefix.empty() ? "e" : prefix + ":e";
+            modelled += "{" + (scope.count(prefix) != 0 ? scope[prefix] : std::string("(null)")) + "}";
+            text += "<" + name + declarations + ">";
+            open.push_back(name), scopes.push_back(scope), ++made;
+        }
+        while (!open.empty()) text += "</" + open.back() + ">", open.pop_back();
+        Parsed parsed = parseUtf8(text);
+        ASSERT_NE(parsed.document, nullptr) << text;
+        std::string actual;
+        for (const vrkNode *node = parsed.document->firstChild; node != nullptr;) {
+            actual += "{" + utf8(node->namespaceURI) + "}";
+            if (node->firstChild == nullptr) {
+                while (node != nullptr && node->next == nullptr) node = node->parent;
+                if (node != nullptr) node = node->next;
+            } else {
+                node = node->firstChild;
+            }
+        }
+        EXPECT_EQ(actual, modelled) << text;
+    }
 }
