@@ -1,6 +1,7 @@
 // Whole documents: the tree each gives, or its error code and offset (in
 // units), with no block left behind (outcome() appends " (leaked)"); deep,
 // large and generated documents, and every refused allocation.
+#include <functional>
 #include <map>
 #include <string>
 #include <vector>
@@ -218,15 +219,12 @@ TEST(Documents, HundredThousandLevelsOnASmallStack) {
     EXPECT_EQ(std::to_string(levels) + " " + std::to_string(wellFormed) + " " + innermost,
               std::to_string(kDepth) + " " + std::to_string(kDepth - 1) + " a[{u}p:t]");
     EXPECT_EQ(liveAllocations(), liveBefore);
-
-    const std::pair<std::string, std::string> failures[] = {
-        {repeat("<a>", kDepth) + "</b>" + repeat("</a>", kDepth), errorAt(ERR_END_TAG, 3 * kDepth + 4)},
-        {repeat("<a>", kDepth) + repeat("</a>", kDepth - 1) + "</b>", errorAt(ERR_END_TAG, 7 * kDepth)},
-        {repeat("<a>", kDepth) + "x", errorAt(ERR_END_TAG, 3 * kDepth + 1)},
-        // A declaration on every level: the lookup walks all, the cleanup frees all.
-        {repeat("<a xmlns='k'>", kDepth) + "<q:x/></b>", errorAt(ERR_UNDECLARED_PREFIX, 13 * kDepth + 4)},
-    };
-    for (const auto &[failing, expected] : failures) {
+    // Failures at the innermost level; a declaration on every level makes the lookup walk them all.
+    for (const auto &[failing, expected] : std::initializer_list<std::pair<std::string, std::string>>{
+             {repeat("<a>", kDepth) + "</b>" + repeat("</a>", kDepth), err(ERR_END_TAG, 3 * kDepth + 4)},
+             {repeat("<a>", kDepth) + repeat("</a>", kDepth - 1) + "</b>", err(ERR_END_TAG, 7 * kDepth)},
+             {repeat("<a>", kDepth) + "x", err(ERR_END_TAG, 3 * kDepth + 1)},
+             {repeat("<a xmlns='k'>", kDepth) + "<q:x/></b>", err(ERR_UNDECLARED_PREFIX, 13 * kDepth + 4)}}) {
         std::string got;
         runOnSmallStack([&, &failing = failing] { got = outcome(failing); });
         EXPECT_EQ(got, expected);
@@ -237,13 +235,12 @@ TEST(Documents, EveryRefusedAllocationFailsTheParseCleanly) {
     const std::string text =
         "<?xml version='1.0' standalone='no'?>\n<!-- c --><?p1 d?><p:r xmlns:p='u&amp;' xmlns='d' a='1&amp;2' "
         "p:b='&lt;x&#65;' c=''>t&lt;<![CDATA[c]]><e xmlns:q='v' q:f=''/><p:g>&#65;<?in x?></p:g> </p:r><?t1?>";
-    const std::u16string text16(text.begin(), text.end());
     const std::string tree =
         "#document[?p1\"d\",{u&amp;}p:r(" XMLNS "xmlns:p=\"u&\" xmlns=\"d\" a=\"1&2\" {u&amp;}p:b=\"<xA\" c=\"\")"
         "[\"t\",\"<\",C\"c\",{d}e(" XMLNS "xmlns:q=\"v\" {v}q:f=\"\"),{u&amp;}p:g[\"A\",?in\"x\"],\" \"],?t1\"\"]";
     for (const bool wide : {false, true}) {
         const int64_t runs = forEachAllocationFailure([&](const AllocationRun &run) {
-            Parsed parsed = wide ? parseUtf16(text16) : parseUtf8(text);
+            Parsed parsed = wide ? parseUtf16(std::u16string(text.begin(), text.end())) : parseUtf8(text);
             // In UTF-8 the first allocation is the decoded copy.
             const int32_t code = !wide && run.failingIndex() == 1 ? ERR_ENCODING_DECL : ERR_OUT_OF_MEMORY;
             EXPECT_EQ(parsed.document ? describe(parsed.document.get()) : "error " + std::to_string(parsed.error.code),
@@ -251,18 +248,16 @@ TEST(Documents, EveryRefusedAllocationFailsTheParseCleanly) {
         });
         EXPECT_GT(runs, 40) << (wide ? "UTF-16" : "UTF-8");
     }
-    // Resolution copies the element's local and namespace names and reports
-    // at the '>' (13); the declaration's stack entry is refused behind its
-    // value (12); the pending error beats the mismatched end tag.
-    std::map<std::string, int> inParser;  // failures the parser reports, by outcome
+    // Resolution copies the element's local and namespace names and reports at the '>' (13); the
+    // declaration's stack entry is refused behind its value (12); the pending error beats the end tag.
+    std::map<std::string, int> inParser;  // outcomes other than a failure outside the parser
     forEachAllocationFailure([&](const AllocationRun &run) {
         const std::string got = outcome("<a xmlns='u' ></b>");
-        if (!run.failed() || got != errorAt(ERR_OUT_OF_MEMORY, 0)) ++inParser[(run.failed() ? "" : "done ") + got];
+        if (!run.failed() || got != err(ERR_OUT_OF_MEMORY, 0)) ++inParser[(run.failed() ? "" : "done ") + got];
     });
-    EXPECT_EQ(inParser, (std::map<std::string, int>{{"done " + errorAt(ERR_END_TAG, 18), 1},
-                                                    {errorAt(ERR_ENCODING_DECL, 0), 1},  // the decoded copy
-                                                    {errorAt(ERR_OUT_OF_MEMORY, 12), 1},
-                                                    {errorAt(ERR_OUT_OF_MEMORY, 13), 2}}));
+    EXPECT_EQ(inParser, (std::map<std::string, int>{{"done " + err(ERR_END_TAG, 18), 1},
+                                                    {err(ERR_ENCODING_DECL, 0), 1},  // the decoded copy
+                                                    {err(ERR_OUT_OF_MEMORY, 12), 1}, {err(ERR_OUT_OF_MEMORY, 13), 2}}));
 }
 
 TEST(Documents, ManyAttributesKeepTheirOrderAndDuplicatesAreFound) {
@@ -271,20 +266,18 @@ TEST(Documents, ManyAttributesKeepTheirOrderAndDuplicatesAreFound) {
         const int count = 1 + static_cast<int>(random.below(2000));
         std::string tag = "<e", expected = "#document[e(";
         for (int i = 0; i < count; ++i) {  // names in no sorted order
-            const std::string name = "a" + std::to_string((i * 7919) % 10007);
-            tag += " " + name + "='" + std::to_string(i) + "'";
-            expected += (i == 0 ? "" : " ") + name + "=\"" + std::to_string(i) + "\"";
+            const std::string name = "a" + std::to_string((i * 7919) % 10007), value = std::to_string(i);
+            tag += " " + name + "='" + value + "'";
+            expected += (i == 0 ? "" : " ") + name + "=\"" + value + "\"";
         }
         EXPECT_EQ(outcome(tag + "/>"), expected + ")]");
-        const int repeated = static_cast<int>(random.below(static_cast<std::size_t>(count)));
-        const std::string twice = tag + " a" + std::to_string((repeated * 7919) % 10007) + "='x'";
-        EXPECT_EQ(outcome(twice + "/>"), errorAt(ERR_DUPLICATE_ATTRIBUTE, static_cast<int32_t>(twice.size())));
+        const std::string twice = tag + " a" + std::to_string((random.below(static_cast<std::size_t>(count)) * 7919) % 10007) + "='x'";
+        EXPECT_EQ(outcome(twice + "/>"), err(ERR_DUPLICATE_ATTRIBUTE, static_cast<int32_t>(twice.size())));
     }
 }
 
 TEST(Documents, NamespaceLookupsMatchTheNearestDeclaration) {
-    // Six prefixes and the default declared and used at random, against a
-    // model that keeps a stack of scopes.
+    // Six prefixes and the default declared and used at random, against a model keeping a stack of scopes.
     Random random(11);
     for (int round = 0; round < 30; ++round) {
         std::string text, modelled;  // "{uri}" of each element in document order
@@ -315,17 +308,12 @@ TEST(Documents, NamespaceLookupsMatchTheNearestDeclaration) {
         }
         while (!open.empty()) text += "</" + open.back() + ">", open.pop_back();
         Parsed parsed = parseUtf8(text);
+        std::string actual;  // nesting stays below 82 levels: a recursive walk is safe
+        const std::function<void(const vrkNode *)> walk = [&](const vrkNode *node) {
+            for (; node != nullptr; node = node->next) actual += "{" + utf8(node->namespaceURI) + "}", walk(node->firstChild);
+        };
         ASSERT_NE(parsed.document, nullptr) << text;
-        std::string actual;
-        for (const vrkNode *node = parsed.document->firstChild; node != nullptr;) {
-            actual += "{" + utf8(node->namespaceURI) + "}";
-            if (node->firstChild == nullptr) {
-                while (node != nullptr && node->next == nullptr) node = node->parent;
-                if (node != nullptr) node = node->next;
-            } else {
-                node = node->firstChild;
-            }
-        }
+        walk(parsed.document->firstChild);
         EXPECT_EQ(actual, modelled) << text;
     }
 }

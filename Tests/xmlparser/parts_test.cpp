@@ -1,0 +1,294 @@
+// Below a whole document: the parse entry (encoding detection, decoding,
+// the caller's buffer, failure records) and productions on a bare context.
+#include <algorithm>
+#include <array>
+#include <bit>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <memory>
+#include <sstream>
+#include <string_view>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "support/alloc_fault.h"
+#include "support/outcome.h"
+#include "support/parse_helpers.h"
+#include "support/tree_text.h"
+#include "support/unitext.h"
+
+using namespace vrktest;
+using namespace std::string_view_literals;
+static_assert(std::endian::native == std::endian::little);
+
+namespace {
+
+constexpr const char *kCorrupt = "Unable to process UTF-8 encoding, probably corrupt.";
+
+// Parses exactly these bytes (terminator included) from a block of that size.
+Parsed parseBytes(std::string_view bytes, std::string *after = nullptr) {
+    std::unique_ptr<char[]> buffer(new char[bytes.size()]);
+    std::memcpy(buffer.get(), bytes.data(), bytes.size());
+    Parsed parsed{nullptr, {}};
+    std::memset(&parsed.error, 0x55, sizeof parsed.error);
+    parsed.document.reset(vrkDOM_parse(buffer.get(), &parsed.error));
+    if (after) after->assign(buffer.get(), bytes.size());
+    return parsed;
+}
+
+// A failure record in one line, with how its line numbers stand.
+std::string record(const Parsed &p) {
+    const vrkParseError &e = p.error;
+    const auto text = [](const char *s) { return std::string(s ? s : "-"); };
+    return p.document ? "a document"
+                      : errorAt(e.code, e.offset) + " " + text(e.file) + " " + text(e.callerFile) + " " +
+                            text(e.message) + (e.line <= 0 ? " no line" : "") +
+                            (e.callerLine == 0 ? "" : e.callerLine == e.line ? " same line" : " caller line");
+}
+std::string noRoot(int32_t offset) { return errorAt(ERR_NO_ROOT_ELEMENT, offset) + " Source/xmlparser - -"; }
+std::string entryFailure(int32_t code, const char *message) {
+    return errorAt(code, 0) + " Source/dom Source/dom " + message + " same line";
+}
+
+// A context over the text with textEnd on its last unit.
+struct Bare {
+    Units text;
+    ProduceContext context{};
+    explicit Bare(std::u16string_view s) : text(units(s)) {
+        context.textStart = context.cursor = text.data();
+        context.textEnd = text.data() + s.size() - 1;
+    }
+    std::ptrdiff_t cursor() const { return context.cursor - text.data(); }
+};
+
+}  // namespace
+
+TEST(ParseEntry, IdentifiesTheEncodingFromTwoBytes) {
+    constexpr int32_t NO = ENCODING_UNKNOWN, U8 = ENCODING_UTF8, U16 = ENCODING_UTF16, SW = ENCODING_UTF16_SWAPPED;
+    const struct { unsigned char b0, b1; int32_t length, expected; } rows[] = {
+        {0xFF, 0xFE, 1, NO}, {0x3C, 0x00, 0, NO}, {0x3C, 0x00, -1, NO}, {0xFE, 0xFF, 2, SW}, {0xFF, 0xFE, 2, U16},
+        {0x00, 0x3C, 2, SW}, {0x3C, 0x00, 2, U16}, {0x00, 0x00, 2, U8}, {'a', 0x00, 2, U8}, {0xFE, 0xFE, 2, U8},
+        {0x08, 0x00, 2, U8}, {0x0E, 0x00, 2, U8}, {0xA0, 0x00, 2, U8}, {0x09, 0x00, 2, U16}, {0x0A, 0x00, 2, U16},
+        {0x0B, 0x00, 2, U16}, {0x0C, 0x00, 2, U16}, {0x0D, 0x00, 2, U16}, {0x20, 0x00, 99, U16}, {0x20, 'a', 2, U8},
+        {0x3C, 'a', 2, U8}};
+    for (const auto &row : rows) {  // a block of two bytes, whatever length claims
+        std::unique_ptr<unsigned char[]> bytes(new unsigned char[2]{row.b0, row.b1});
+        EXPECT_EQ(IdentifyCharacterEncoding(bytes.get(), row.length), row.expected)
+            << int{row.b0} << ' ' << int{row.b1} << " length " << row.length;
+    }
+}
+
+TEST(ParseEntry, FailureRecordsAndOffsetsInUnits) {
+    const std::string bad = entryFailure(ERR_BAD_ENCODING, "Must be UTF-8 or UTF-16 encoding"),
+                      corrupt = entryFailure(ERR_ENCODING_DECL, kCorrupt);
+    const std::pair<std::string_view, std::string> rows[] = {
+        {"\0"sv, bad}, {"\0<\0a\0/\0>\0\0"sv, bad}, {"a\xC3(\0"sv, corrupt}, {"\x80\0"sv, corrupt},
+        {"\xEF\xBF\xBF\0"sv, corrupt}, {"<\xF0\x9F\x98\x80/>\0"sv, corrupt} /* above U+FFFF */,
+        {"<a>\xE2\x82\0"sv, corrupt},
+        // A UTF-8 mark is one unit, and only one is taken.
+        {"\xEF\xBB\xBF\0"sv, noRoot(1)}, {"\xEF\xBB\xBF<!DOCTYPE \xE4\xB8\xAD><a/>\0"sv, noRoot(1)},
+        {"\xEF\xBB\xBF\xEF\xBB\xBF\0"sv, noRoot(1)}, {"<!DOCTYPE a><a/>\0"sv, noRoot(0)}, {"a\0"sv, noRoot(0)},
+        {"x\0\0\0"sv, noRoot(0)},   // unmarked UTF-16 "x" is UTF-8 "x"
+        {"<\0\0\0"sv, noRoot(0)},   // one byte of the UTF-16 class: one unit
+        {"\f\0\0\0"sv, noRoot(0)}}; // a space to the detection, none to XML
+    for (const auto &[bytes, expected] : rows) {
+        const int64_t live = liveAllocations();
+        std::string after;
+        EXPECT_EQ(record(parseBytes(bytes, &after)), expected);
+        EXPECT_TRUE(after == bytes && liveAllocations() == live) << "buffer changed or block left";
+    }
+    for (Utf16Form form : {Utf16Form::Native, Utf16Form::Swapped})
+        for (bool odd : {false, true}) {
+            for (std::u16string_view text : {u""sv, u"x"sv, u"<!DOCTYPE \U0001F600\u0100><a/>"sv})
+                EXPECT_EQ(record(parseUtf16(text, {form, true, odd})), noRoot(1));
+            if (form == Utf16Form::Native) {
+                EXPECT_EQ(record(parseUtf16(u"<!DOCTYPE a><a/>", {form, false, odd})), noRoot(0));
+            }
+        }
+}
+
+TEST(ParseEntry, Utf16FormsGiveTheUtf8Tree) {
+    const char *expected = "#document[{ü}é:中({http://www.w3.org/2000/xmlns/}xmlns:é=\"ü\")[\"ö €\",ÿ,C\"<é>\"]]";
+    EXPECT_EQ(describe(parseUtf8("<é:中 xmlns:é='ü'>ö €<ÿ/><![CDATA[<é>]]></é:中>").document.get()), expected);
+    for (const Utf16Options &form : {Utf16Options{Utf16Form::Native, false, false}, {Utf16Form::Native, true, false},
+                                     {Utf16Form::Native, false, true}, {Utf16Form::Swapped, true, false},
+                                     {Utf16Form::Swapped, true, true}}) {
+        const int label = static_cast<int>(form.form) * 4 + form.byteOrderMark * 2 + form.oddAddress;
+        EXPECT_EQ(describe(parseUtf16(u"<é:中 xmlns:é='ü'>ö €<ÿ/><![CDATA[<é>]]></é:中>", form).document.get()), expected)
+            << label;
+        Parsed failed = parseUtf16(u"<é>中]]></é>", form);  // offsets count units, the mark included
+        EXPECT_EQ(errorAt(failed.error.code, failed.error.offset), errorAt(ERR_END_TAG, form.byteOrderMark ? 5 : 4))
+            << label;
+    }
+    Parsed pairs = parseUtf16(u"<a>\U0001F600<![CDATA[\U0001F601]]></a>");  // surrogate pairs pass through
+    const vrkNode *text = pairs.document ? pairs.document->firstChild->firstChild : nullptr;
+    ASSERT_TRUE(text != nullptr && text->next != nullptr);
+    EXPECT_EQ(str(text->value) + str(text->next->value), u"\xD83D\xDE00\xD83D\xDE01");
+}
+
+TEST(ParseEntry, BufferSwappedInPlaceAndNeverCopiedForUtf16) {
+    for (bool odd : {false, true}) {
+        std::vector<unsigned char> native, after;
+        const std::u16string_view text = u"<!DOCTYPE \u0100\u4E2D\u00FF><a/>";
+        EXPECT_EQ(record(parseUtf16Buffer(text, {Utf16Form::Native, true, odd}, native)), noRoot(1));
+        EXPECT_EQ(record(parseUtf16Buffer(text, {Utf16Form::Swapped, true, odd}, after)), noRoot(1));
+        EXPECT_EQ(after, native);  // every unit swapped, the mark too, and left so
+        vrkParseError error{};
+        EXPECT_EQ(vrkDOM_parse(after.data(), &error), nullptr);  // now read in place
+        EXPECT_EQ(error.offset, 1);
+        EXPECT_EQ(after, native);
+    }
+    // The document record only; UTF-8 adds the decoded copy, freed again.
+    EXPECT_EQ(countAllocations([] { parseUtf16(u"x", {Utf16Form::Native, true, false}); }), 1);
+    EXPECT_EQ(countAllocations([] { parseUtf16(u"x", {Utf16Form::Swapped, true, true}); }), 1);
+    EXPECT_EQ(countAllocations([] { parseBytes("\xEF\xBB\xBFx\0"sv); }), 2);
+    EXPECT_EQ(forEachAllocationFailure([](const AllocationRun &run) {
+                  const std::string got = record(parseBytes("\xEF\xBB\xBFx\0"sv));
+                  EXPECT_EQ(got, !run.failed()              ? noRoot(1)
+                            : run.failingIndex() == 1 ? entryFailure(ERR_ENCODING_DECL, kCorrupt)
+                                                       : errorAt(ERR_OUT_OF_MEMORY, 0) + " Source/dom Source/xmlparser - caller line");
+              }),
+              3);
+}
+
+TEST(Productions, CharacterClassesAreExactlyTheTable) {
+    const auto path = std::filesystem::path(VRKXML_SHARED_DIR) / "xml-char-classes.txt";
+    std::ifstream in(path);
+    if (!in) GTEST_SKIP() << "character class table not found at " << path;
+    const std::array<std::string, 5> names{"BaseChar", "Ideographic", "CombiningChar", "Digit", "Extender"};
+    std::array<std::vector<bool>, 8> sets;  // the five, then Letter, NCNameChar, NameChar
+    sets.fill(std::vector<bool>(65536, false));
+    for (std::string line, name, first, last; std::getline(in, line);) {
+        if (line.empty() || line[0] == '#') continue;
+        std::istringstream(line) >> name >> first >> last;
+        const auto index = static_cast<std::size_t>(std::find(names.begin(), names.end(), name) - names.begin());
+        ASSERT_LT(index, names.size()) << line;
+        for (unsigned long u = std::stoul(first, nullptr, 16); u <= std::stoul(last, nullptr, 16); ++u) sets[index][u] = true;
+    }
+    // Values and runs of each class, so that a damaged table shows.
+    const std::pair<int, int> sizes[] = {{13602, 201}, {20912, 3}, {437, 86}, {149, 15}, {18, 10}};
+    for (std::size_t i = 0, values = 0, runs = 0; i < names.size(); ++i, values = runs = 0) {
+        for (std::size_t u = 0; u < 65536; ++u) values += sets[i][u], runs += sets[i][u] && (u == 0 || !sets[i][u - 1]);
+        EXPECT_EQ(std::make_pair(static_cast<int>(values), static_cast<int>(runs)), sizes[i]) << names[i];
+    }
+    for (std::size_t u = 0; u < 65536; ++u) {
+        sets[5][u] = sets[0][u] || sets[1][u];
+        sets[6][u] = sets[5][u] || sets[2][u] || sets[3][u] || sets[4][u] || u == '-' || u == '.' || u == '_';
+        sets[7][u] = sets[6][u] || u == ':';
+    }
+    int32_t (*const produce[])(ProduceContext *) = {Produce_BaseChar, Produce_Ideographic, Produce_CombiningChar,
+                                                    Produce_Digit,    Produce_Extender,    Produce_Letter,
+                                                    Produce_NCNameChar, Produce_NameChar};
+    for (std::size_t p = 0; p < 8; ++p) {
+        std::ostringstream wrong;
+        int wrongCount = 0;
+        for (uint32_t value = 0; value < 65536; ++value) {
+            UniChar buffer[2] = {static_cast<UniChar>(value), 0};
+            ProduceContext context{};
+            context.cursor = context.textEnd = buffer;
+            const bool member = sets[p][value];
+            if ((produce[p](&context) != (member ? PRODUCE_OK : PRODUCE_NO_MATCH) || context.cursor != buffer + member) &&
+                ++wrongCount <= 8)
+                wrong << " 0x" << std::hex << value;
+        }
+        EXPECT_EQ(wrongCount, 0) << "production " << p << " is wrong for" << wrong.str();
+    }
+}
+
+TEST(Productions, References) {
+    const struct {
+        std::u16string text;
+        UniChar unit;           // the character node's value; 0 for no node
+        std::ptrdiff_t cursor;  // 0: no match; with no unit the offset of ERR_CHAR_REF
+    } rows[] = {
+        {u"&lt;", '<', 4}, {u"&gt;x", '>', 4}, {u"&amp;", '&', 5}, {u"&apos;", '\'', 6}, {u"&quot;", '"', 6},
+        {u"&LT;", 0, 0}, {u"&lt", 0, 0}, {u"&nbsp;", 0, 0}, {u"&", 0, 0}, {u"& #65;", 0, 0}, {u"&#65;", 'A', 5},
+        {u"&#x41;", 'A', 6}, {u"&#x0041;", 'A', 8}, {u"&#0000065;", 'A', 10}, {u"&#xaB;", 0xAB, 6}, {u"&#xAb;", 0xAB, 6},
+        {u"&#X41;", 0, 2}, {u"&#;", 0, 3}, {u"&#x;", 0, 4}, {u"&#a;", 0, 2}, {u"&#xg;", 0, 3}, {u"&#6a;", 0, 3},
+        {u"&#0;", 0, 4}, {u"&#8;", 0, 4}, {u"&#9;", 9, 4}, {u"&#10;", 10, 5}, {u"&#11;", 0, 5}, {u"&#12;", 0, 5},
+        {u"&#13;", 13, 5}, {u"&#31;", 0, 5}, {u"&#32;", 32, 5}, {u"&#xD7FF;", 0xD7FF, 8}, {u"&#xE000;", 0xE000, 8},
+        {u"&#xFFFD;", 0xFFFD, 8}, {u"&#xD800;", 0, 8}, {u"&#xDFFF;", 0, 8}, {u"&#xFFFE;", 0, 8}, {u"&#xFFFF;", 0, 8},
+        {u"&#x10000;", 0, 9}, {u"&#x10041;", 0, 9}, {u"&#65601;", 0, 8},  // not cut to 16 bits
+        {u"&#x100000041;", 'A', 13}, {u"&#4294967361;", 'A', 13}, {u"&#65", 0, 4},
+    };
+    const UniChar name[] = {'e'};
+    vrkDOMException exception{};
+    for (const auto &row : rows) {
+        Bare bare(row.text);
+        vrkNode *element = vrkDOMReal_createEANode(__FILE__, __LINE__, ELEMENT_NODE, name, 1, &exception);
+        bare.context.current = element;
+        const int32_t result = row.unit ? PRODUCE_OK : row.cursor ? PRODUCE_ERROR : PRODUCE_NO_MATCH;
+        const int32_t error = result == PRODUCE_ERROR ? ERR_CHAR_REF : 0;
+        EXPECT_EQ(Produce_Reference(&bare.context, 1), result) << "row " << &row - rows;
+        EXPECT_EQ(errorAt(bare.context.error.code, bare.context.error.offset) + " cursor " + std::to_string(bare.cursor()),
+                  errorAt(error, error ? static_cast<int32_t>(row.cursor) : 0) + " cursor " + std::to_string(row.cursor));
+        EXPECT_EQ(str(element->firstChild ? element->firstChild->value : nullptr),
+                  row.unit ? std::u16string(1, row.unit) : u"") << "row " << &row - rows;
+        vrkDOM_destroyNode(element, 1);
+    }
+}
+
+TEST(Productions, AttributeOnAContextGivenByACaller) {
+    const UniChar name[] = {'e'};
+    vrkDOMException exception{};
+    Bare bare(u"x='1' y='2' x=\"3\" ='4'");
+    vrkNode *element = vrkDOMReal_createEANode(__FILE__, __LINE__, ELEMENT_NODE, name, 1, &exception);
+    bare.context.current = element;
+    for (const auto &[result, cursor] : {std::pair<int32_t, std::ptrdiff_t>{PRODUCE_OK, 5}, {PRODUCE_OK, 11},
+                                         {PRODUCE_ERROR, 17}, {PRODUCE_NO_MATCH, 18}}) {
+        Produce_S(&bare.context);
+        EXPECT_EQ(Produce_Attribute(&bare.context), result);
+        EXPECT_EQ(bare.cursor(), cursor);
+    }
+    // The second of two names stays in the map.
+    EXPECT_EQ(errorAt(bare.context.error.code, bare.context.error.offset), errorAt(ERR_DUPLICATE_ATTRIBUTE, 17));
+    EXPECT_EQ(describe(element), R"(e(x="3" y="2"))");
+    vrkDOM_destroyNode(element, 1);
+
+    // Regression: on a current that is no element the new attribute used to be left behind.
+    Bare onText(u"x='1'");
+    vrkNode *text = vrkDOMReal_createTextNode(__FILE__, __LINE__, name, 1, &exception);
+    onText.context.current = text;
+    const int64_t live = liveAllocations();
+    EXPECT_EQ(Produce_Attribute(&onText.context), PRODUCE_ERROR);
+    EXPECT_EQ(onText.context.error.code, ERR_HIERARCHY_REQUEST);
+    EXPECT_EQ(text->attributes.count, 0);
+    EXPECT_EQ(liveAllocations(), live);
+    vrkDOM_destroyNode(text, 1);
+}
+
+TEST(Productions, TokenCopiedFromAnOddAddress) {
+    const std::u16string_view text = u"ab\u4E2Dcd\u00FFxy";
+    std::unique_ptr<unsigned char[]> bytes(new unsigned char[17]);  // no terminator behind
+    for (std::size_t i = 0; i < 16; ++i) bytes[1 + i] = static_cast<unsigned char>(text[i / 2] >> (i % 2 * 8));
+    auto *odd = reinterpret_cast<UniChar *>(bytes.get() + 1);
+    for (std::size_t first : {0u, 3u, 7u})
+        EXPECT_EQ(forEachAllocationFailure([&](const AllocationRun &run) {
+                      const Token token{odd + first, odd + 7};
+                      UniChar *copy = tokenToString(&token);
+                      EXPECT_EQ(str(copy), run.failed() ? std::u16string_view{} : text.substr(first));
+                      std::free(copy);
+                  }),
+                  2);
+}
+
+TEST(Productions, ValueResolutionShrinksInPlace) {
+    const std::pair<std::u16string, std::u16string> rows[] = {
+        {u"no references > here", u"no references > here"}, {u"a&lt;b&#x41;&amp;amp;", u"a<bA&amp;"},
+        {u"&#38;#65;&#x26;lt;&quot;&apos;&gt;", u"&#65;&lt;\"'>"}, {u"x&y&nope;&#;&#1;&#65&", u"x&y&nope;&#;&#1;&#65&"},
+        {u"&#1;&lt;", u"&#1;<"}};
+    for (const auto &[value, resolved] : rows) {
+        auto *copy = static_cast<UniChar *>(std::malloc((value.size() + 1) * sizeof(UniChar)));
+        *std::copy(value.begin(), value.end(), copy) = 0;
+        UniChar *out = nullptr;
+        // Without a reference the same block, else one shrink and no second buffer.
+        const bool same = &value == &rows[0].first;
+        EXPECT_EQ(countAllocations([&] { out = AttrValueRefResolve(copy); }), same ? 0 : 1) << &value - &rows[0].first;
+        EXPECT_TRUE(!same || out == copy);
+        EXPECT_EQ(str(out), resolved);
+        std::free(out);
+    }
+}
