@@ -110,25 +110,6 @@ TEST(ParseEntry, FailureRecordsAndOffsetsInUnits) {
         }
 }
 
-TEST(ParseEntry, Utf16FormsGiveTheUtf8Tree) {
-    const char *expected = "#document[{ü}é:中({http://www.w3.org/2000/xmlns/}xmlns:é=\"ü\")[\"ö €\",ÿ,C\"<é>\"]]";
-    EXPECT_EQ(describe(parseUtf8("<é:中 xmlns:é='ü'>ö €<ÿ/><![CDATA[<é>]]></é:中>").document.get()), expected);
-    for (const Utf16Options &form : {Utf16Options{Utf16Form::Native, false, false}, {Utf16Form::Native, true, false},
-                                     {Utf16Form::Native, false, true}, {Utf16Form::Swapped, true, false},
-                                     {Utf16Form::Swapped, true, true}}) {
-        const int label = static_cast<int>(form.form) * 4 + form.byteOrderMark * 2 + form.oddAddress;
-        EXPECT_EQ(describe(parseUtf16(u"<é:中 xmlns:é='ü'>ö €<ÿ/><![CDATA[<é>]]></é:中>", form).document.get()), expected)
-            << label;
-        Parsed failed = parseUtf16(u"<é>中]]></é>", form);  // offsets count units, the mark included
-        EXPECT_EQ(errorAt(failed.error.code, failed.error.offset), errorAt(ERR_END_TAG, form.byteOrderMark ? 5 : 4))
-            << label;
-    }
-    Parsed pairs = parseUtf16(u"<a>\U0001F600<![CDATA[\U0001F601]]></a>");  // surrogate pairs pass through
-    const vrkNode *text = pairs.document ? pairs.document->firstChild->firstChild : nullptr;
-    ASSERT_TRUE(text != nullptr && text->next != nullptr);
-    EXPECT_EQ(str(text->value) + str(text->next->value), u"\xD83D\xDE00\xD83D\xDE01");
-}
-
 TEST(ParseEntry, BufferSwappedInPlaceAndNeverCopiedForUtf16) {
     for (bool odd : {false, true}) {
         std::vector<unsigned char> native, after;
@@ -225,8 +206,7 @@ TEST(Productions, References) {
         EXPECT_EQ(Produce_Reference(&bare.context, 1), result) << "row " << &row - rows;
         EXPECT_EQ(errorAt(bare.context.error.code, bare.context.error.offset) + " cursor " + std::to_string(bare.cursor()),
                   errorAt(error, error ? static_cast<int32_t>(row.cursor) : 0) + " cursor " + std::to_string(row.cursor));
-        EXPECT_EQ(str(element->firstChild ? element->firstChild->value : nullptr),
-                  row.unit ? std::u16string(1, row.unit) : u"") << "row " << &row - rows;
+        EXPECT_EQ(str(element->firstChild ? element->firstChild->value : nullptr), row.unit ? std::u16string(1, row.unit) : u"");
         vrkDOM_destroyNode(element, 1);
     }
 }
@@ -234,28 +214,26 @@ TEST(Productions, References) {
 TEST(Productions, AttributeOnAContextGivenByACaller) {
     const UniChar name[] = {'e'};
     vrkDOMException exception{};
-    Bare bare(u"x='1' y='2' x=\"3\" ='4'");
+    Bare bare(u"x='1' y='2' x=\"3\" ='4'"), onText(u"x='1'");
     vrkNode *element = vrkDOMReal_createEANode(__FILE__, __LINE__, ELEMENT_NODE, name, 1, &exception);
     bare.context.current = element;
-    for (const auto &[result, cursor] : {std::pair<int32_t, std::ptrdiff_t>{PRODUCE_OK, 5}, {PRODUCE_OK, 11},
-                                         {PRODUCE_ERROR, 17}, {PRODUCE_NO_MATCH, 18}}) {
+    std::string steps;  // result and cursor of each step
+    for (int i = 0; i < 4; ++i) {
         Produce_S(&bare.context);
-        EXPECT_EQ(Produce_Attribute(&bare.context), result);
-        EXPECT_EQ(bare.cursor(), cursor);
+        const int32_t result = Produce_Attribute(&bare.context);
+        steps += std::to_string(result) + "@" + std::to_string(bare.cursor()) + " ";
     }
+    EXPECT_EQ(steps, std::to_string(PRODUCE_OK) + "@5 " + std::to_string(PRODUCE_OK) + "@11 " +
+                         std::to_string(PRODUCE_ERROR) + "@17 " + std::to_string(PRODUCE_NO_MATCH) + "@18 ");
     // The second of two names stays in the map.
     EXPECT_EQ(errorAt(bare.context.error.code, bare.context.error.offset), errorAt(ERR_DUPLICATE_ATTRIBUTE, 17));
     EXPECT_EQ(describe(element), R"(e(x="3" y="2"))");
     vrkDOM_destroyNode(element, 1);
-
     // Regression: on a current that is no element the new attribute used to be left behind.
-    Bare onText(u"x='1'");
-    vrkNode *text = vrkDOMReal_createTextNode(__FILE__, __LINE__, name, 1, &exception);
-    onText.context.current = text;
+    vrkNode *text = onText.context.current = vrkDOMReal_createTextNode(__FILE__, __LINE__, name, 1, &exception);
     const int64_t live = liveAllocations();
     EXPECT_EQ(Produce_Attribute(&onText.context), PRODUCE_ERROR);
-    EXPECT_EQ(onText.context.error.code, ERR_HIERARCHY_REQUEST);
-    EXPECT_EQ(text->attributes.count, 0);
+    EXPECT_TRUE(onText.context.error.code == ERR_HIERARCHY_REQUEST && text->attributes.count == 0);
     EXPECT_EQ(liveAllocations(), live);
     vrkDOM_destroyNode(text, 1);
 }
@@ -264,10 +242,10 @@ TEST(Productions, TokenCopiedFromAnOddAddress) {
     const std::u16string_view text = u"ab\u4E2Dcd\u00FFxy";
     std::unique_ptr<unsigned char[]> bytes(new unsigned char[17]);  // no terminator behind
     for (std::size_t i = 0; i < 16; ++i) bytes[1 + i] = static_cast<unsigned char>(text[i / 2] >> (i % 2 * 8));
-    auto *odd = reinterpret_cast<UniChar *>(bytes.get() + 1);
     for (std::size_t first : {0u, 3u, 7u})
         EXPECT_EQ(forEachAllocationFailure([&](const AllocationRun &run) {
-                      const Token token{odd + first, odd + 7};
+                      const Token token{reinterpret_cast<UniChar *>(bytes.get() + 1) + first,
+                                        reinterpret_cast<UniChar *>(bytes.get() + 1) + 7};
                       UniChar *copy = tokenToString(&token);
                       EXPECT_EQ(str(copy), run.failed() ? std::u16string_view{} : text.substr(first));
                       std::free(copy);
@@ -281,9 +259,8 @@ TEST(Productions, ValueResolutionShrinksInPlace) {
         {u"&#38;#65;&#x26;lt;&quot;&apos;&gt;", u"&#65;&lt;\"'>"}, {u"x&y&nope;&#;&#1;&#65&", u"x&y&nope;&#;&#1;&#65&"},
         {u"&#1;&lt;", u"&#1;<"}};
     for (const auto &[value, resolved] : rows) {
-        auto *copy = static_cast<UniChar *>(std::malloc((value.size() + 1) * sizeof(UniChar)));
+        auto *copy = static_cast<UniChar *>(std::malloc((value.size() + 1) * sizeof(UniChar))), *out = copy;
         *std::copy(value.begin(), value.end(), copy) = 0;
-        UniChar *out = nullptr;
         // Without a reference the same block, else one shrink and no second buffer.
         const bool same = &value == &rows[0].first;
         EXPECT_EQ(countAllocations([&] { out = AttrValueRefResolve(copy); }), same ? 0 : 1) << &value - &rows[0].first;
