@@ -66,6 +66,19 @@ TEST(Documents, TagsContentAndWhatFollowsTheRoot) {
         {"<a>t<![CDATA[x]]>]]></a>", err(ERR_END_TAG, 17)}, {"<a>\xC3\xA9&#1;</a>", err(ERR_CHAR_REF, 8)},
         {"<a>&#65", err(ERR_CHAR_REF, 7)},
     });
+    // Character references one by one: a value outside Char fails behind it, syntax at the
+    // first bad unit; no reference at all ends the content on the &.
+    expectOutcomes({{"<a>&#65;&#x41;&#x0041;&#0000065;&#xaB;&#xAb;&#9;&#10;&#13;&#32;&#xD7FF;&#xE000;&#xFFFD;"
+                     "&#x100000041;&#4294967361;</a>",  // not cut to 32 bits
+                     "a[\"A\",\"A\",\"A\",\"A\",\"\xC2\xAB\",\"\xC2\xAB\",\"\t\",\"\n\",\"\r\",\" \",\"\xED\x9F\xBF\",\"\xEE\x80\x80\","
+                     "\"\xEF\xBF\xBD\",\"A\",\"A\"]"}});
+    const std::pair<std::string, int32_t> references[] = {
+        {"&#X41;", 2}, {"&#;", 3}, {"&#x;", 4}, {"&#a;", 2}, {"&#xg;", 3}, {"&#6a;", 3}, {"&#0;", 4}, {"&#8;", 4},
+        {"&#11;", 5}, {"&#12;", 5}, {"&#31;", 5}, {"&#xD800;", 8}, {"&#xDFFF;", 8}, {"&#xFFFE;", 8}, {"&#xFFFF;", 8},
+        {"&#x10000;", 9}, {"&#x10041;", 9}, {"&#65601;", 8}, {"&#65", 4}, {"&LT;", -3}, {"&lt", -3}, {"&nbsp;", -3},
+        {"&", -3}, {"& #65;", -3}};  // negative: no reference, at the &
+    for (const auto &[reference, offset] : references)
+        EXPECT_EQ(outcome("<a>" + reference + "</a>"), offset < 0 ? err(ERR_END_TAG, 3) : err(ERR_CHAR_REF, 3 + offset));
     // The record of a production's failure names the parser and no caller.
     Parsed parsed = parseUtf8("<a></b>");
     EXPECT_STREQ(parsed.error.file, "Source/xmlparser");
@@ -194,7 +207,7 @@ TEST(Documents, HundredThousandLevelsOnASmallStack) {
     const std::string text = "<a xmlns:p='u'>" + repeat("<a>", kDepth - 1) + "<p:t/>" + repeat("</a><b/>", kDepth);
     const int64_t liveBefore = liveAllocations();
     int32_t levels = 1, wellFormed = 0;
-    std::string innermost;
+    std::string innermost = "(no document)";
     runOnSmallStack([&] {  // the document is destroyed on the small stack too
         Parsed parsed = parseUtf8(text);
         const vrkNode *e = parsed.document ? parsed.document->firstChild : nullptr;
@@ -261,7 +274,8 @@ TEST(Documents, ManyAttributesKeepTheirOrderAndDuplicatesAreFound) {
             expected += (i == 0 ? "" : " ") + name + "=\"" + value + "\"";
         }
         EXPECT_EQ(outcome(tag + "/>"), expected + ")]");
-        const std::string twice = tag + " a" + std::to_string((random.below(static_cast<std::size_t>(count)) * 7919) % 10007) + "='x'";
+        const uint32_t repeated = random.below(static_cast<std::size_t>(count));
+        const std::string twice = tag + " a" + std::to_string((repeated * 7919) % 10007) + "='x'";
         EXPECT_EQ(outcome(twice + "/>"), err(ERR_DUPLICATE_ATTRIBUTE, static_cast<int32_t>(twice.size())));
     }
 }
@@ -271,15 +285,13 @@ TEST(Documents, NamespaceLookupsMatchTheNearestDeclaration) {
     Random random(11);
     for (int round = 0; round < 30; ++round) {
         std::string text, modelled;  // "{uri}" of each element in document order
-        std::vector<std::map<std::string, std::string>> scopes{{}};
-        std::vector<std::string> open;
-        for (int made = 0; made < 300 && (made == 0 || !open.empty());) {
-            if (!open.empty() && (random.chance(40) || open.size() > 80)) {
-                text += "</" + open.back() + ">";
-                open.pop_back(), scopes.pop_back();
+        std::vector<std::pair<std::string, std::map<std::string, std::string>>> open{{}};  // name, scope; root first
+        for (int made = 0; made < 300 && (made == 0 || open.size() > 1);) {
+            if (open.size() > 1 && (random.chance(40) || open.size() > 81)) {
+                text += "</" + open.back().first + ">", open.pop_back();
                 continue;
             }
-            auto scope = scopes.back();
+            auto scope = open.back().second;
             std::string declarations;
             for (int d = static_cast<int>(random.below(3)); d > 0; --d) {
                 const std::string prefix = random.chance(20) ? "" : "p" + std::to_string(random.below(6));
@@ -294,9 +306,9 @@ TEST(Documents, NamespaceLookupsMatchTheNearestDeclaration) {
             const std::string prefix = random.pick(usable), name = prefix.empty() ? "e" : prefix + ":e";
             modelled += "{" + (scope.count(prefix) != 0 ? scope[prefix] : std::string("(null)")) + "}";
             text += "<" + name + declarations + ">";
-            open.push_back(name), scopes.push_back(scope), ++made;
+            open.emplace_back(name, scope), ++made;
         }
-        while (!open.empty()) text += "</" + open.back() + ">", open.pop_back();
+        for (; open.size() > 1; open.pop_back()) text += "</" + open.back().first + ">";
         Parsed parsed = parseUtf8(text);
         std::string actual;  // nesting stays below 82 levels: a recursive walk is safe
         const std::function<void(const vrkNode *)> walk = [&](const vrkNode *node) {
