@@ -79,10 +79,6 @@ TEST(Documents, TagsContentAndWhatFollowsTheRoot) {
         {"&", -3}, {"& #65;", -3}};  // negative: no reference, at the &
     for (const auto &[reference, offset] : references)
         EXPECT_EQ(outcome("<a>" + reference + "</a>"), offset < 0 ? err(ERR_END_TAG, 3) : err(ERR_CHAR_REF, 3 + offset));
-    // The record of a production's failure names the parser and no caller.
-    Parsed parsed = parseUtf8("<a></b>");
-    EXPECT_STREQ(parsed.error.file, "Source/xmlparser");
-    EXPECT_TRUE(parsed.error.callerFile == nullptr && parsed.error.message == nullptr);
 }
 
 // "<!--" is not reused for "-->"; only the target xml followed by white space
@@ -165,8 +161,7 @@ TEST(Documents, Attributes) {
     });
     // Only the duplicate carries a message.
     EXPECT_STREQ(parseUtf8("<a x='1' x='1'/>").error.message, "Duplicate attribute name.");
-    EXPECT_EQ(parseUtf8("<a x='&#1;' x='1'/>").error.message, nullptr);
-    EXPECT_EQ(parseUtf8("<a x/>").error.message, nullptr);
+    EXPECT_TRUE(parseUtf8("<a x='&#1;' x='1'/>").error.message == nullptr && parseUtf8("<a x/>").error.message == nullptr);
 }
 
 // Resolution follows the last attribute of a tag; the default applies to elements
@@ -207,7 +202,7 @@ TEST(Documents, HundredThousandLevelsOnASmallStack) {
     const std::string text = "<a xmlns:p='u'>" + repeat("<a>", kDepth - 1) + "<p:t/>" + repeat("</a><b/>", kDepth);
     const int64_t liveBefore = liveAllocations();
     int32_t levels = 1, wellFormed = 0;
-    std::string innermost = "(no document)";
+    std::string innermost;
     runOnSmallStack([&] {  // the document is destroyed on the small stack too
         Parsed parsed = parseUtf8(text);
         const vrkNode *e = parsed.document ? parsed.document->firstChild : nullptr;
