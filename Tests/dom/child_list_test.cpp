@@ -1,54 +1,18 @@
-// Inserting before, replacing and removing children: the links at the head,
-// in the middle and at the tail, every refusal in its order, and that a
-// refused edit leaves every node as it was.
-#include <array>
+// insertBefore, replaceChild and removeChild: edits at head, middle and tail,
+// refusals in their order that change no link, and the children of a document.
 #include <tuple>
 #include <vector>
 
-#include <gtest/gtest.h>
+#include "dom_test.h"
 
-#include "support/alloc_fault.h"
-#include "support/parse_helpers.h"
-#include "support/tree_text.h"
-#include "support/unitext.h"
-
-using namespace vrktest;
+using namespace domtest;
 
 namespace {
 
-const char *const kCaller = "child_list_test";
-
-vrkNode *element(std::u16string_view name) {
-    vrkDOMException e{};
-    return vrkDOMReal_createEANode(kCaller, 0, ELEMENT_NODE, units(name).data(), static_cast<int32_t>(name.size()), &e);
-}
-
-// The tree reads as expected, and the integrity check finds every link sound.
-void expectTree(const vrkNode *root, const std::string &expected) {
-    EXPECT_EQ(describe(root), expected);
-    testing::internal::CaptureStdout();
-    DOM_checkIntegrity(root);
-    EXPECT_EQ(testing::internal::GetCapturedStdout(), "") << expected;
-}
-
-struct Links {
-    const vrkNode *parent, *firstChild, *lastChild, *previous, *next;
-    bool operator==(const Links &) const = default;
-};
-
-std::vector<Links> linksOf(const std::vector<vrkNode *> &nodes) {
-    std::vector<Links> out;
-    for (const vrkNode *n : nodes) out.push_back({n->parent, n->firstChild, n->lastChild, n->previous, n->next});
-    return out;
-}
-
-// parent, previous and next of a node.
-using Trio = std::array<const vrkNode *, 3>;
-Trio ownLinks(const vrkNode *n) { return {n->parent, n->previous, n->next}; }
-
-void collect(vrkNode *node, std::vector<vrkNode *> &out) {
-    out.push_back(node);
-    for (vrkNode *child = node->firstChild; child != nullptr; child = child->next) collect(child, out);
+using Links = std::tuple<const vrkNode *, const vrkNode *, const vrkNode *, const vrkNode *, const vrkNode *>;
+void collectLinks(const vrkNode *n, std::vector<Links> &out) {
+    out.emplace_back(n->parent, n->firstChild, n->lastChild, n->previous, n->next);
+    for (const vrkNode *c = n->firstChild; c != nullptr; c = c->next) collectLinks(c, out);
 }
 
 }  // namespace
@@ -63,37 +27,30 @@ TEST(ChildList, EditsAtHeadMiddleAndTail) {
     const auto insert = [&](vrkNode *add, vrkNode *ref) { EXPECT_EQ(vrkNodeReal_insertBefore(kCaller, 1, r, add, ref, &e), add); };
     const auto replace = [&](vrkNode *add, vrkNode *old) { EXPECT_EQ(vrkNodeReal_replaceChild(kCaller, 2, r, add, old, &e), old); };
     const auto remove = [&](vrkNode *old) { EXPECT_EQ(vrkNodeReal_removeChild(kCaller, 3, r, old, &e), old); };
+    using Trio = std::tuple<const vrkNode *, const vrkNode *, const vrkNode *>;
+    const auto own = [](const vrkNode *n) { return Trio{n->parent, n->previous, n->next}; };
 
     EXPECT_EQ(countAllocations([&] { insert(x, a); insert(y, b); insert(z, c); }), 0);
     expectTree(document, "#document[r[x,a,y,b,z,c]]");
-    replace(p, x);
-    replace(q, y);
-    replace(s, c);
+    replace(p, x), replace(q, y), replace(s, c);
     expectTree(document, "#document[r[p,a,q,b,z,s]]");
     // What leaves a list keeps its links from inside it.
-    EXPECT_EQ(ownLinks(x), (Trio{r, nullptr, a}));
-    EXPECT_EQ(ownLinks(c), (Trio{r, z, nullptr}));
-    remove(p);
-    remove(s);
-    remove(q);
+    EXPECT_EQ(own(x), (Trio{r, nullptr, a}));
+    EXPECT_EQ(own(c), (Trio{r, z, nullptr}));
+    remove(p), remove(s), remove(q);
     expectTree(document, "#document[r[a,b,z]]");
-    EXPECT_EQ(ownLinks(q), (Trio{r, a, b}));
-    remove(a);
-    remove(z);
-    replace(w, b);
+    EXPECT_EQ(own(q), (Trio{r, a, b}));
+    remove(a), remove(z), replace(w, b);
     expectTree(document, "#document[r[w]]");
     remove(w);
-    EXPECT_EQ(r->firstChild, nullptr);
-    EXPECT_EQ(r->lastChild, nullptr);
-    EXPECT_EQ(e.code, 0);
+    EXPECT_TRUE(r->firstChild == nullptr && r->lastChild == nullptr && e.code == 0);
     for (vrkNode *node : {a, b, c, x, y, z, p, q, s, w}) vrkDOM_destroyNode(node, 1);
 }
 
 TEST(ChildList, RefusalsComeInOrderAndChangeNothing) {
     Parsed parsed = parseUtf8("<?p d?><r><a><s/></a>t</r><?q e?>");
     vrkNode *document = parsed.document.get(), *r = vrkDOM_getDocumentElement(document);
-    vrkNode *p = document->firstChild, *q = document->lastChild, *a = r->firstChild, *s = a->firstChild,
-            *t = a->next;
+    vrkNode *p = document->firstChild, *q = document->lastChild, *a = r->firstChild, *s = a->firstChild, *t = a->next;
     vrkDOMException e{};
     // A document without an element, holding a processing instruction.
     vrkNode *bare = vrkDOMReal_createDocument(kCaller, 0, &e), *other = vrkDOMReal_createDocument(kCaller, 0, &e);
@@ -106,18 +63,20 @@ TEST(ChildList, RefusalsComeInOrderAndChangeNothing) {
     vrkNode *z = vrkDOM_getDocumentElement(donor.document.get());
     vrkNode *w = vrkNodeReal_removeChild(kCaller, 0, z, z->firstChild->next, &e);
     ASSERT_EQ(e.code, 0);
-    std::vector<vrkNode *> all{w, pi};
-    for (vrkNode *root : {document, bare, other, detached, donor.document.get()}) collect(root, all);
-    const std::vector<Links> before = linksOf(all);
+    const auto links = [&] {
+        std::vector<Links> out;
+        for (vrkNode *root : {w, pi, document, bare, other, detached, donor.document.get()}) collectLinks(root, out);
+        return out;
+    };
+    const std::vector<Links> before = links();
 
     enum Op { Insert, Replace, Remove };
-    struct Case {
+    const int32_t H = ERR_HIERARCHY_REQUEST, N = ERR_NOT_FOUND;
+    const struct {
         Op op;
         vrkNode *parent, *newChild, *child;
         int32_t expected;
-    };
-    const int32_t H = ERR_HIERARCHY_REQUEST, N = ERR_NOT_FOUND;
-    const Case cases[] = {
+    } cases[] = {
         {Insert, r, w, detached, N},  {Insert, r, w, s, N},  {Insert, r, other, a, H},
         {Insert, r, other, s, H},     // a document is refused ahead of a foreign refChild
         {Insert, p, w, detached, H},  {Insert, q, pi, detached, H},  // under a PI of a document with element
@@ -128,19 +87,15 @@ TEST(ChildList, RefusalsComeInOrderAndChangeNothing) {
         {Remove, r, nullptr, detached, N}, {Remove, r, nullptr, s, N}, {Remove, bare, nullptr, r, N},
     };
     int32_t line = 100;
-    for (const Case &c : cases) {
+    for (const auto &c : cases) {
+        SCOPED_TRACE(++line);
         e = vrkDOMException{};
-        ++line;
         const vrkNode *result = c.op == Insert    ? vrkNodeReal_insertBefore(kCaller, line, c.parent, c.newChild, c.child, &e)
                                 : c.op == Replace ? vrkNodeReal_replaceChild(kCaller, line, c.parent, c.newChild, c.child, &e)
                                                   : vrkNodeReal_removeChild(kCaller, line, c.parent, c.child, &e);
-        EXPECT_EQ(result, nullptr) << "case " << line - 100;
-        EXPECT_EQ(e.code, c.expected) << "case " << line - 100;
-        EXPECT_STREQ(e.file, "Source/dom");
-        EXPECT_GT(e.line, 0);
-        EXPECT_EQ(e.callerFile, kCaller);
-        EXPECT_EQ(e.callerLine, line);
-        EXPECT_TRUE(linksOf(all) == before) << "case " << line - 100;
+        EXPECT_EQ(result, nullptr);
+        expectRaised(e, c.expected, line);
+        EXPECT_TRUE(links() == before);
     }
 
     // A pending failure: edits that would succeed do nothing, the record stays.
@@ -151,7 +106,7 @@ TEST(ChildList, RefusalsComeInOrderAndChangeNothing) {
     EXPECT_EQ(vrkNodeReal_removeChild(kCaller, 1, r, a, &e), nullptr);
     EXPECT_EQ(std::tie(e.code, e.file, e.line, e.callerFile, e.callerLine),
               std::tie(pending.code, pending.file, pending.line, pending.callerFile, pending.callerLine));
-    EXPECT_TRUE(linksOf(all) == before);
+    EXPECT_TRUE(links() == before);
     for (vrkNode *node : {bare, other, detached, w, pi}) vrkDOM_destroyNode(node, 1);
 }
 
