@@ -3,91 +3,68 @@
 // at the end everything is released.
 #include <map>
 #include <random>
-#include <string>
 #include <vector>
 
-#include <gtest/gtest.h>
+#include "dom_test.h"
 
-#include "support/alloc_fault.h"
-#include "support/parse_helpers.h"
-#include "support/tree_text.h"
-#include "support/unitext.h"
-
-using namespace vrktest;
+using namespace domtest;
 
 namespace {
 
-const char *const kCaller = "random_edit_test";
-
-// The nodes of the child lists from root down, in document order.
-std::vector<vrkNode *> listNodes(vrkNode *root) {
-    std::vector<vrkNode *> out, stack{root};
-    while (!stack.empty()) {
-        vrkNode *node = stack.back();
-        stack.pop_back();
-        out.push_back(node);
-        for (vrkNode *child = node->lastChild; child != nullptr; child = child->previous) stack.push_back(child);
-    }
-    return out;
-}
-
 // The tree with adjacent text nodes read as one: what merging must keep.
 std::string flatText(const vrkNode *node) {
-    std::string out;
     if (node->type == TEXT_NODE) return utf8(node->value);
-    if (node->type == CDATA_SECTION_NODE) return out.append("<C").append(utf8(node->value)).append(">");
-    out.append("<").append(utf8(node->name)).append(">");
+    if (node->type == CDATA_SECTION_NODE) return "<C" + utf8(node->value) + ">";
+    std::string out = "<" + utf8(node->name) + ">";
     for (const vrkNode *child = node->firstChild; child != nullptr; child = child->next) out += flatText(child);
-    return out.append("</>");
+    return out + "</>";
 }
 
 class RandomEditor {
 public:
-    explicit RandomEditor(std::vector<vrkNode *> documents) : documents_(std::move(documents)) {}
+    std::vector<vrkNode *> documents, pool;  // pool: detached roots with cleared links
+    vrkDOMException e{};
     ~RandomEditor() {
-        for (vrkNode *node : documents_) vrkDOM_destroyNode(node, 1);
-        for (vrkNode *node : pool_) vrkDOM_destroyNode(node, 1);
+        for (vrkNode *node : documents) vrkDOM_destroyNode(node, 1);
+        for (vrkNode *node : pool) vrkDOM_destroyNode(node, 1);
     }
 
     // One random edit; returns its name.
     std::string step() {
-        vrkNode *document = documents_[pick(documents_.size())];
-        const std::vector<vrkNode *> nodes = listNodes(document);
-        std::vector<vrkNode *> elements;
-        for (vrkNode *node : nodes) {
-            if (node->type == ELEMENT_NODE) elements.push_back(node);
+        vrkNode *document = documents[pick(documents.size())];
+        std::vector<vrkNode *> nodes, elements, stack{document};
+        while (!stack.empty()) {
+            nodes.push_back(stack.back()), stack.pop_back();
+            if (nodes.back()->type == ELEMENT_NODE) elements.push_back(nodes.back());
+            for (vrkNode *c = nodes.back()->lastChild; c != nullptr; c = c->previous) stack.push_back(c);
         }
         const unsigned op = nodes.size() > 250 ? 2 : pick(10) % 9;  // keeps the trees from growing without end
         vrkNode *any = nodes.size() > 1 ? nodes[1 + pick(nodes.size() - 1)] : nullptr;  // not the document
         vrkNode *element = elements.empty() ? nullptr : elements[pick(elements.size())];
         vrkNode *child = element != nullptr && element->firstChild != nullptr ? nthChild(element) : nullptr;
-
         if (op == 0 && child != nullptr) {
             vrkNode *added = detached();
-            EXPECT_EQ(vrkNodeReal_insertBefore(kCaller, 0, element, added, child, &e_), added);
+            EXPECT_EQ(vrkNodeReal_insertBefore(kCaller, 0, element, added, child, &e), added);
             EXPECT_TRUE(added->next == child && child->previous == added);
             return "insertBefore";
         }
         if (op == 1 && child != nullptr) {
             vrkNode *added = detached(), *before = child->previous, *after = child->next;
-            EXPECT_EQ(vrkNodeReal_replaceChild(kCaller, 0, element, added, child, &e_), child);
+            EXPECT_EQ(vrkNodeReal_replaceChild(kCaller, 0, element, added, child, &e), child);
             EXPECT_TRUE(added->previous == before && added->next == after);
-            release(child);
-            return "replaceChild";
+            return release(child), "replaceChild";
         }
         if (op == 2 && any != nullptr) {
             // The document element goes now and then; mostly something below it.
             if (any->parent == document && any->firstChild != nullptr && pick(8) != 0) any = nthChild(any);
-            EXPECT_EQ(vrkNodeReal_removeChild(kCaller, 0, any->parent, any, &e_), any);
-            release(any);
-            return "removeChild";
+            EXPECT_EQ(vrkNodeReal_removeChild(kCaller, 0, any->parent, any, &e), any);
+            return release(any), "removeChild";
         }
-        if (op == 3) {
-            // Under a document: an element when it has none, else a PI.
+        if (op == 3) {  // under a document: an element when it has none, else a PI
             const bool toDocument = element == nullptr || pick(8) == 0;
             vrkNode *parent = toDocument ? document : element;
             vrkNode *added = !toDocument ? detached() : fresh(vrkDOM_getDocumentElement(document) == nullptr ? 0 : 3);
-            EXPECT_EQ(vrkNodeReal_appendChild(kCaller, 0, parent, added, &e_), added);
+            EXPECT_EQ(vrkNodeReal_appendChild(kCaller, 0, parent, added, &e), added);
             EXPECT_EQ(parent->lastChild, added);
             return "appendChild";
         }
@@ -101,9 +78,7 @@ public:
             const std::u16string to = prefix == nullptr ? u"" : prefix, name = str(node->name);
             const std::u16string local = node->prefix == nullptr ? name : name.substr(str(node->prefix).size() + 1);
             const UniChar *localName = node->localName, *uri = node->namespaceURI;
-            EXPECT_EQ(vrkNodeReal_setPrefix(kCaller, 0, node, prefix == nullptr ? nullptr : units(to).data(),
-                                            static_cast<int32_t>(to.size()), &e_),
-                      1);
+            EXPECT_EQ(vrkNodeReal_setPrefix(kCaller, 0, node, prefix ? units(to).data() : nullptr, len(to), &e), 1);
             EXPECT_EQ(str(node->name), to.empty() ? local : to + u":" + local);
             EXPECT_TRUE(str(node->prefix) == to && (node->prefix == nullptr) == to.empty());
             EXPECT_TRUE(node->localName == localName && node->namespaceURI == uri);
@@ -111,85 +86,59 @@ public:
         }
         if (op == 5) {
             const std::string before = flatText(document);
-            EXPECT_EQ(vrkNodeReal_normalize(kCaller, 0, nodes[pick(nodes.size())], &e_), 1);
+            EXPECT_EQ(vrkNodeReal_normalize(kCaller, 0, nodes[pick(nodes.size())], &e), 1);
             EXPECT_EQ(flatText(document), before);
             return "normalize";
         }
         if (op == 6 && any != nullptr && element != nullptr) {
-            vrkNode *copy = vrkNodeReal_cloneNode(kCaller, 0, any, static_cast<int32_t>(pick(2)), &e_);
-            if (copy == nullptr) return "cloneNode";
+            vrkNode *copy = vrkNodeReal_cloneNode(kCaller, 0, any, static_cast<int32_t>(pick(2)), &e);
             EXPECT_TRUE(copy->firstChild == nullptr && copy->attributes.count == 0);
-            EXPECT_EQ(vrkNodeReal_appendChild(kCaller, 0, element, copy, &e_), copy);
+            EXPECT_EQ(vrkNodeReal_appendChild(kCaller, 0, element, copy, &e), copy);
             return "cloneNode";
         }
         if (op == 7 && any != nullptr && element != nullptr && element != any->parent) {
             const std::string before = describe(document);
-            EXPECT_EQ(vrkNodeReal_removeChild(kCaller, 0, element, any, &e_), nullptr);
-            EXPECT_EQ(e_.code, ERR_NOT_FOUND);
-            EXPECT_EQ(describe(document), before);
-            e_ = vrkDOMException{};
+            EXPECT_EQ(vrkNodeReal_removeChild(kCaller, 0, element, any, &e), nullptr);
+            EXPECT_TRUE(e.code == ERR_NOT_FOUND && describe(document) == before);
+            e = vrkDOMException{};
             return "refused removeChild";
         }
-        if (op == 8 && !pool_.empty()) {
-            vrkDOM_destroyNode(takeFromPool(), 1);
-            return "destroy";
-        }
+        if (op == 8 && !pool.empty()) return vrkDOM_destroyNode(takeFromPool(), 1), "destroy";
         return "nothing";
     }
 
-    // What the integrity check prints for all trees, the kept nodes' too.
-    std::string integrity() const {
-        testing::internal::CaptureStdout();
-        for (const vrkNode *node : documents_) DOM_checkIntegrity(node);
-        for (const vrkNode *node : pool_) DOM_checkIntegrity(node);
-        return testing::internal::GetCapturedStdout();
-    }
-    int32_t code() const { return e_.code; }
-
 private:
     unsigned pick(std::size_t n) { return static_cast<unsigned>(random_() % n); }
-
     vrkNode *nthChild(vrkNode *parent) {
         vrkNode *child = parent->firstChild;
-        for (unsigned i = pick(static_cast<std::size_t>(vrkDOM_getNumberOfChildren(parent))); i > 0; --i) {
-            child = child->next;
-        }
+        for (unsigned i = pick(static_cast<std::size_t>(vrkDOM_getNumberOfChildren(parent))); i > 0; --i) child = child->next;
         return child;
     }
-
     // A node taken out is ours: destroyed, or kept (links cleared) for later.
     void release(vrkNode *node) {
         if (pick(2) == 0) return vrkDOM_destroyNode(node, 1);
         node->parent = node->previous = node->next = nullptr;
-        pool_.push_back(node);
+        pool.push_back(node);
     }
-
     vrkNode *takeFromPool() {
-        const std::size_t at = pick(pool_.size());
-        vrkNode *node = pool_[at];
-        pool_[at] = pool_.back();
-        pool_.pop_back();
+        std::swap(pool[pick(pool.size())], pool.back());
+        vrkNode *node = pool.back();
+        pool.pop_back();
         return node;
     }
-
-    vrkNode *detached() { return !pool_.empty() && pick(2) == 0 ? takeFromPool() : fresh(pick(5)); }
-
+    vrkNode *detached() { return !pool.empty() && pick(2) == 0 ? takeFromPool() : fresh(pick(5)); }
     vrkNode *fresh(unsigned kind) {
         const auto n = static_cast<int32_t>(pick(8));
-        const Units text = units(u"text<&>"), uri = units(u"urn:n"), k = units(u"k");
+        const Units text = units(u"text<&>"), k = units(u"k");
         switch (kind) {
-        case 0: return vrkDOMReal_createEANode(kCaller, 0, ELEMENT_NODE, k.data(), 1, &e_);
-        case 1: return vrkDOMReal_createTextNode(kCaller, 0, text.data(), n, &e_);
-        case 2: return vrkDOMReal_createCDATASection(kCaller, 0, text.data(), n, &e_);
-        case 3: return vrkDOMReal_createProcessingInstruction(kCaller, 0, k.data(), 1, text.data(), n, &e_);
-        default: return vrkDOMReal_createEANodeNSP(kCaller, 0, ELEMENT_NODE, uri.data(), 5, k.data(), 1, k.data(), 1, &e_);
+        case 0: return element(u"k");
+        case 1: return vrkDOMReal_createTextNode(kCaller, 0, text.data(), n, &e);
+        case 2: return vrkDOMReal_createCDATASection(kCaller, 0, text.data(), n, &e);
+        case 3: return vrkDOMReal_createProcessingInstruction(kCaller, 0, k.data(), 1, text.data(), n, &e);
+        default: return nsNode(ELEMENT_NODE, u"urn:n", u"k", u"k");
         }
     }
-
     std::mt19937 random_{20240611};
-    std::vector<vrkNode *> documents_;
-    std::vector<vrkNode *> pool_;  // detached roots with cleared links
-    vrkDOMException e_{};
 };
 
 }  // namespace
@@ -199,26 +148,23 @@ TEST(RandomEdit, EveryEditKeepsTheTreesSound) {
     {
         std::string list = "<list xmlns:q='urn:q'>";
         for (int i = 0; i < 20; ++i) list += "<q:i q:n='" + std::to_string(i) + "'>a&amp;b</q:i>tail";
-        std::vector<vrkNode *> documents;
-        for (const std::string &text :
-             {std::string("<?pi one?><p:root xmlns:p='urn:p' xmlns='urn:d' a='1' p:b='2'><p:x>t&amp;u<y q='3'>v"
-                          "<![CDATA[w]]>&#65;&#66;</y></p:x>z<e/><?inner data?></p:root><?tail?>"),
-              list + "</list>", std::string("<deep><a><b><c><d>x&lt;y</d></c></b></a>&gt;<![CDATA[x]]></deep>")}) {
-            Parsed parsed = parseUtf8(text);
-            ASSERT_NE(parsed.document, nullptr) << text;
-            documents.push_back(parsed.document.release());
+        RandomEditor editor;
+        for (const std::string &text : {std::string("<?pi one?><p:root xmlns:p='urn:p' xmlns='urn:d' a='1' p:b='2'><p:x>t&amp;u"
+                                                    "<y q='3'>v<![CDATA[w]]>&#65;&#66;</y></p:x>z<e/><?inner data?></p:root><?tail?>"),
+                                         list + "</list>", std::string("<deep><a><b><c><d>x&lt;y</d></c></b></a>&gt;<![CDATA[x]]></deep>")}) {
+            editor.documents.push_back(parseUtf8(text).document.release());
         }
-        RandomEditor editor(std::move(documents));
         std::map<std::string, int> done;
         for (int i = 0; i < 6000; ++i) {
             const std::string what = editor.step();
             ++done[what];
-            ASSERT_EQ(editor.code(), 0) << "step " << i << ": " << what;
-            ASSERT_EQ(editor.integrity(), "") << "step " << i << ": " << what;
-            ASSERT_FALSE(HasFailure()) << "step " << i << ": " << what;
+            std::string printed;
+            for (const auto *roots : {&editor.documents, &editor.pool})
+                for (const vrkNode *node : *roots) printed += integrity(node);
+            ASSERT_TRUE(editor.e.code == 0 && printed.empty() && !HasFailure()) << "step " << i << ": " << what << " " << printed;
         }
-        for (const char *what : {"insertBefore", "replaceChild", "removeChild", "appendChild", "setPrefix",
-                                 "normalize", "cloneNode", "refused removeChild", "destroy"}) {
+        for (const char *what : {"insertBefore", "replaceChild", "removeChild", "appendChild", "setPrefix", "normalize",
+                                 "cloneNode", "refused removeChild", "destroy"}) {
             EXPECT_GT(done[what], 100) << what;
         }
     }
