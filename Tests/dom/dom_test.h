@@ -16,7 +16,7 @@
 namespace domtest {
 using namespace vrktest;
 
-inline constexpr const char *kCaller = "dom_test";
+inline constexpr char kCaller[] = "dom_test";  // one array: one address in every file
 
 inline int32_t len(std::u16string_view s) { return static_cast<int32_t>(s.size()); }
 
