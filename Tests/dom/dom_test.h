@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <string>
 #include <string_view>
+#include <tuple>
 
 #include <gtest/gtest.h>
 
@@ -17,25 +18,24 @@ namespace domtest {
 using namespace vrktest;
 
 inline constexpr char kCaller[] = "dom_test";  // one array: one address in every file
+inline const vrkDOMException kPending{ERR_NOT_FOUND, "f", 1, "g", 2};
 
 inline int32_t len(std::u16string_view s) { return static_cast<int32_t>(s.size()); }
+inline auto fields(const vrkDOMException &e) { return std::tie(e.code, e.file, e.line, e.callerFile, e.callerLine); }
 
 inline void expectRaised(const vrkDOMException &e, int32_t code, int32_t callerLine) {
-    EXPECT_EQ(e.code, code);
+    EXPECT_TRUE(e.code == code && e.line > 0 && e.callerFile == kCaller && e.callerLine == callerLine)
+        << e.code << " " << e.line << " " << e.callerLine;
     EXPECT_STREQ(e.file, "Source/dom");
-    EXPECT_GT(e.line, 0);
-    EXPECT_EQ(e.callerFile, kCaller);
-    EXPECT_EQ(e.callerLine, callerLine);
 }
 
-// An element or attribute without namespace, or (with `prefix`) prefix:local
-// in the namespace uri (null: none).
 inline vrkNode *named(int32_t type, std::u16string_view name) {
     vrkDOMException e{};
     return vrkDOMReal_createEANode(kCaller, 0, type, units(name).data(), len(name), &e);
 }
 inline vrkNode *element(std::u16string_view name) { return named(ELEMENT_NODE, name); }
 inline vrkNode *attr(std::u16string_view name) { return named(ATTRIBUTE_NODE, name); }
+// prefix:local in the namespace uri (null: none).
 inline vrkNode *nsNode(int32_t type, const char16_t *uri, std::u16string_view prefix, std::u16string_view local) {
     vrkDOMException e{};
     const std::u16string_view u = uri ? uri : u"";
@@ -54,7 +54,6 @@ inline std::string integrity(const vrkNode *node) {
     std::fflush(stdout);
     return testing::internal::GetCapturedStdout();
 }
-
 // The tree reads as expected and the integrity check finds nothing.
 inline void expectTree(const vrkNode *root, const std::string &expected) {
     EXPECT_EQ(describe(root), expected);
