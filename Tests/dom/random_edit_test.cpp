@@ -100,8 +100,7 @@ public:
             const std::string before = describe(document);
             EXPECT_EQ(vrkNodeReal_removeChild(kCaller, 0, element, any, &e), nullptr);
             EXPECT_TRUE(e.code == ERR_NOT_FOUND && describe(document) == before);
-            e = vrkDOMException{};
-            return "refused removeChild";
+            return e = vrkDOMException{}, "refused removeChild";
         }
         if (op == 8 && !pool.empty()) return vrkDOM_destroyNode(takeFromPool(), 1), "destroy";
         return "nothing";
@@ -117,14 +116,12 @@ private:
     // A node taken out is ours: destroyed, or kept (links cleared) for later.
     void release(vrkNode *node) {
         if (pick(2) == 0) return vrkDOM_destroyNode(node, 1);
-        node->parent = node->previous = node->next = nullptr;
-        pool.push_back(node);
+        node->parent = node->previous = node->next = nullptr, pool.push_back(node);
     }
     vrkNode *takeFromPool() {
         std::swap(pool[pick(pool.size())], pool.back());
         vrkNode *node = pool.back();
-        pool.pop_back();
-        return node;
+        return pool.pop_back(), node;
     }
     vrkNode *detached() { return !pool.empty() && pick(2) == 0 ? takeFromPool() : fresh(pick(5)); }
     vrkNode *fresh(unsigned kind) {
