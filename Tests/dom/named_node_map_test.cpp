@@ -20,31 +20,26 @@ void expectMap(const vrkNamedNodeMap &map, std::initializer_list<vrkNode *> expe
     }
     EXPECT_TRUE(at == nullptr && !vrkNamedNodeMap_item(&map, i) && !vrkNamedNodeMap_item(&map, -1));
 }
-vrkNode *get(const vrkNamedNodeMap &map, std::u16string_view name) {
-    return vrkNamedNodeMap_getNamedItem(&map, units(name).data(), len(name));
-}
+vrkNode *get(const vrkNamedNodeMap &map, std::u16string_view name) { return vrkNamedNodeMap_getNamedItem(&map, units(name).data(), len(name)); }
 vrkNode *getNS(const vrkNamedNodeMap &map, std::u16string_view uri, std::u16string_view local) {
     return vrkNamedNodeMap_getNamedItemNS(&map, units(uri).data(), len(uri), units(local).data(), len(local));
 }
-vrkNode *nsAttr(const char16_t *uri, std::u16string_view prefix, std::u16string_view local) {
-    return nsNode(ATTRIBUTE_NODE, uri, prefix, local);
-}
+vrkNode *nsAttr(const char16_t *uri, std::u16string_view p, std::u16string_view l) { return nsNode(ATTRIBUTE_NODE, uri, p, l); }
 
 }  // namespace
 
 TEST(NamedNodeMap, SetReplaceAndRemoveAtEveryPlace) {
     vrkNamedNodeMap map{};
     expectMap(map, {});
-    EXPECT_EQ(vrkNamedNodeMap_removeNamedItem(&map, units(u"a").data(), 1), nullptr);
-    EXPECT_EQ(NamedNodeMap_removeNamedItemNS(&map, units(u"u").data(), 1, units(u"a").data(), 1), nullptr);
+    EXPECT_TRUE(!vrkNamedNodeMap_removeNamedItem(&map, units(u"a").data(), 1) &&
+                !NamedNodeMap_removeNamedItemNS(&map, units(u"u").data(), 1, units(u"a").data(), 1));
     vrkNode *only = attr(u"a");
     EXPECT_EQ(vrkNamedNodeMap_setNamedItemNS(&map, only), nullptr);
     EXPECT_EQ(vrkNamedNodeMap_removeNamedItem(&map, units(u"a").data(), 1), only);
     EXPECT_TRUE(map.count == 0 && map.first == nullptr);
     vrkNode *h = nsAttr(u"u", u"p", u"h"), *m = attr(u"m"), *t = attr(u"t"), *z = attr(u"z");
-    EXPECT_EQ(vrkNamedNodeMap_setNamedItem(&map, h), nullptr);  // an emptied map starts afresh
-    EXPECT_EQ(vrkNamedNodeMap_setNamedItemNS(&map, m), nullptr);
-    for (vrkNode *n : {t, z}) EXPECT_EQ(vrkNamedNodeMap_setNamedItem(&map, n), nullptr);
+    EXPECT_TRUE(!vrkNamedNodeMap_setNamedItem(&map, h) && !vrkNamedNodeMap_setNamedItemNS(&map, m) &&  // afresh
+                !vrkNamedNodeMap_setNamedItem(&map, t) && !vrkNamedNodeMap_setNamedItem(&map, z));
     expectMap(map, {h, m, t, z});
     EXPECT_EQ(vrkNamedNodeMap_removeNamedItem(&map, units(u"m").data(), 1), m);
     EXPECT_TRUE(m->previous == h && m->next == t);  // the removed node keeps its links
@@ -77,9 +72,7 @@ TEST(NamedNodeMap, LookupsAreExactAndKeysIndependent) {
     vrkNode *pa = nsAttr(u"urn:u", u"p", u"a"), *qa = nsAttr(u"urn:u", u"q", u"a"), *ra = nsAttr(u"urn:v", u"r", u"a");
     for (vrkNode *n : {noUri, plain, pa, qa, ra}) EXPECT_EQ(vrkNamedNodeMap_setNamedItem(&map, n), nullptr);
     expectMap(map, {noUri, plain, pa, qa, ra});  // p:a and q:a side by side under the plain key
-    EXPECT_EQ(get(map, u"p:a"), pa);
-    EXPECT_EQ(getNS(map, u"urn:u", u"a"), pa);
-    EXPECT_EQ(getNS(map, u"urn:v", u"a"), ra);
+    EXPECT_TRUE(get(map, u"p:a") == pa && getNS(map, u"urn:u", u"a") == pa && getNS(map, u"urn:v", u"a") == ra);
     for (auto name : {u"a", u"P:A", u"ab", u"abcd"}) EXPECT_EQ(get(map, name), nullptr);  // "ab" agrees as far as it goes
     for (auto [uri, local] : {std::pair{u"urn:", u"a"}, {u"urn:U", u"a"}, {u"urn:u", u"A"}, {u"urn:u", u"ab"}})
         EXPECT_EQ(getNS(map, uri, local), nullptr);
@@ -101,14 +94,13 @@ TEST(ElementSetAttribute, ParentAndRefusal) {
     a1->parent = text;
     for (vrkNode *notElement : {text, a2}) {
         vrkDOMException re{}, reNS{};
-        EXPECT_EQ(vrkElementReal_setAttributeNode(kCaller, 50, notElement, a1, &re), nullptr);
-        EXPECT_EQ(vrkElementReal_setAttributeNodeNS(kCaller, 51, notElement, a1, &reNS), nullptr);
+        EXPECT_TRUE(!vrkElementReal_setAttributeNode(kCaller, 50, notElement, a1, &re) &&
+                    !vrkElementReal_setAttributeNodeNS(kCaller, 51, notElement, a1, &reNS));
         expectRaised(re, ERR_HIERARCHY_REQUEST, 50);
         expectRaised(reNS, ERR_HIERARCHY_REQUEST, 51);
         EXPECT_TRUE(a1->parent == text && notElement->attributes.count == 0);
     }
-    EXPECT_EQ(vrkElementReal_setAttributeNode(kCaller, 5, el, a1, &e), nullptr);
-    EXPECT_EQ(vrkElementReal_setAttributeNodeNS(kCaller, 6, el, ns1, &e), nullptr);
+    EXPECT_TRUE(!vrkElementReal_setAttributeNode(kCaller, 5, el, a1, &e) && !vrkElementReal_setAttributeNodeNS(kCaller, 6, el, ns1, &e));
     EXPECT_EQ(vrkElementReal_setAttributeNode(kCaller, 7, el, a2, &e), a1);
     EXPECT_EQ(vrkElementReal_setAttributeNodeNS(kCaller, 8, el, ns2, &e), ns1);
     EXPECT_EQ(e.code, 0);

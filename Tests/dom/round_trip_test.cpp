@@ -42,8 +42,7 @@ public:
     }
 
 private:
-    std::u16string run(const Atoms &atoms, uint32_t most) {
-        std::u16string out;
+    std::u16string run(const Atoms &atoms, uint32_t most, std::u16string out = u"") {
         for (uint32_t n = 1 + below(most); n > 0; --n) out += wide_ && chance(5) ? u"\U0001D11E" : pick(atoms);
         return out;
     }
@@ -59,8 +58,7 @@ private:
             out += kind == 0 ? u"<!--" + run(kComment, 3) + u"-->" : kind == 1 ? pi(false) : pick(kSpace);
         }
     }
-    std::u16string value(char16_t quote) {
-        std::u16string out;
+    std::u16string value(char16_t quote, std::u16string out = u"") {
         for (uint32_t n = below(5); n > 0; --n) {
             const std::u16string atom = chance(30) ? pick(kReferences) : run(kText, 1);
             if (atom.find(quote) == std::u16string::npos) out += atom;
@@ -90,21 +88,19 @@ private:
             out += (attribute.starts_with(u"xmlns") ? pick(kUris) : value(quote)) + quote;
         }
         if (chance(20)) out += pick(kSpace);
-        if (chance(15)) out += u"/>";
-        else {
-            out += u">";
-            for (uint32_t n = below(depth < 2 ? 9 : 5); n > 0; --n) {
-                switch (below(9)) {
-                case 0: out += run(kText, 4); break;
-                case 1: out += pick(kReferences); break;
-                case 2: out += u"<![CDATA[" + (chance(20) ? u"" : run(kCData, 4)) + u"]]>"; break;
-                case 3: out += pi(true); break;
-                case 4: out += u"<!--" + run(kComment, 3) + u"-->"; break;
-                default: if (depth + 1 < maxDepth_) element(out, depth + 1);
-                }
+        if (chance(15)) return out += u"/>", inScope_.resize(scope);
+        out += u">";
+        for (uint32_t n = below(depth < 2 ? 9 : 5); n > 0; --n) {
+            switch (below(9)) {
+            case 0: out += run(kText, 4); break;
+            case 1: out += pick(kReferences); break;
+            case 2: out += u"<![CDATA[" + (chance(20) ? u"" : run(kCData, 4)) + u"]]>"; break;
+            case 3: out += pi(true); break;
+            case 4: out += u"<!--" + run(kComment, 3) + u"-->"; break;
+            default: if (depth + 1 < maxDepth_) element(out, depth + 1);
             }
-            out += u"</" + name + (chance(20) ? u" >" : u">");
         }
+        out += u"</" + name + (chance(20) ? u" >" : u">");
         inScope_.resize(scope);
     }
     bool wide_;
@@ -113,10 +109,7 @@ private:
 };
 
 // A reference comes back as plain text, which then joins its neighbours.
-void joinText(vrkNode *document) {
-    vrkDOMException e{};
-    ASSERT_EQ(vrkNodeReal_normalize(kCaller, 0, document, &e), 1);
-}
+void joinText(vrkNode *document, vrkDOMException e = {}) { ASSERT_EQ(vrkNodeReal_normalize(kCaller, 0, document, &e), 1); }
 
 }  // namespace
 
