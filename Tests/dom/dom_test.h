@@ -18,7 +18,8 @@ namespace domtest {
 using namespace vrktest;
 
 inline constexpr char kCaller[] = "dom_test";  // one array: one address in every file
-inline const vrkDOMException kPending{ERR_NOT_FOUND, "f", 1, "g", 2};
+inline constexpr char kFile[] = "f", kCallerFile[] = "g";
+inline const vrkDOMException kPending{ERR_NOT_FOUND, kFile, 1, kCallerFile, 2};  // a record already holding a failure
 
 inline int32_t len(std::u16string_view s) { return static_cast<int32_t>(s.size()); }
 inline auto fields(const vrkDOMException &e) { return std::tie(e.code, e.file, e.line, e.callerFile, e.callerLine); }
