@@ -96,8 +96,11 @@ TEST(Serialize, CallsForEachKindEscapesAndStartNodes) {
 TEST(Serialize, Utf8UnitByUnitUtf16InPlaceAndUnknownEncodings) {
     Parsed parsed = parseUtf8("<a>t</a>");
     vrkNode *a = vrkDOM_getDocumentElement(parsed.document.get()), *t = a->firstChild;
-    setValue(t, u"\u00E9\u20AC\U0001F600");  // each half of a pair on its own
-    EXPECT_EQ(calls(t, ENCODING_UTF8), (Calls{kHeader8, "\xC3\xA9\xE2\x82\xAC\xED\xA0\xBD\xED\xB8\x80", "\n"}));
+    setValue(t, u"\u00E9\u00E9\u00E9\u20AC\u20AC\u20AC\U0001F600");  // each half of a pair on its own; a run of 8+
+    EXPECT_EQ(calls(t, ENCODING_UTF8), (Calls{kHeader8, "\xC3\xA9\xC3\xA9\xC3\xA9\xE2\x82\xAC\xE2\x82\xAC\xE2\x82\xAC\xED\xA0\xBD\xED\xB8\x80", "\n"}));
+    // 22 units, measured (more than 64 / 3), fill the first buffer's 64 bytes exactly: no growth.
+    setValue(t, std::u16string(21, u'\u20AC') + u"a");
+    EXPECT_EQ(countAllocations([&] { EXPECT_EQ(calls(t, ENCODING_UTF8)[1].size(), 64u); }), 1);
     setValue(t, u"x<y");
     Recorder out;
     ASSERT_EQ(vrkDOM_serialize(parsed.document.get(), ENCODING_UTF16, Recorder::write, &out), 1);
