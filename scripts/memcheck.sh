@@ -8,19 +8,16 @@
 #
 # Left out, because memcheck makes them slow (seconds under valgrind, two
 # programs sharing two cores) and smaller tests run the same code here:
-#   Normalize.LongRunInOneResizePerNode (49 s): 100,000 text nodes merged
-#       into one; merging is covered by the other Normalize tests.
-#   NestingDepth.FailuresAtTheInnermostLevelUnwindCleanly (33 s): four parses
-#       failing 100,000 levels deep; the shallow parse failure tests cover the
-#       cleanup, and NestingDepth.HundredThousandLevels... the depth.
-#   DestroyNode.MillionDeepTreeOnASmallStack (23 s): a million levels released;
-#       NestingDepth.HundredThousandLevels... releases 100,000.
+#   Normalize.LongRunInOneResizePerNode: 20,000 text nodes merged into one,
+#       each merge a realloc that may copy the whole run; merging is covered
+#       by the other Normalize tests.
 #   TextLimits.* (minutes): texts of gigabytes, read unit by unit; the
 #       release and sanitizer suites run them.
-# Kept although slow: NestingDepth.HundredThousandLevelsParseAndDestroyOnA-
-# SmallStack (12 s) and SerializeDeep.HundredThousandLevelsOnASmallStack
-# (11 s), the only runs of the parser, the release and the serializer (past
-# the 1,024 levels it remembers) on a deep tree.
+# Kept although slow: Documents.HundredThousandLevelsOnASmallStack (the
+# parser, its failures at the innermost level and the release of a deep
+# tree), DestroyNode.ReleasesWhatEachKindOwnsAtAnyDepth (a million levels
+# released) and Serialize.HundredThousandLevelsOnASmallStack (the serializer
+# past the 1,024 levels it remembers).
 set -euo pipefail
 cd "$(dirname "$0")/.."
 bash scripts/bootstrap.sh
@@ -28,8 +25,6 @@ command -v valgrind >/dev/null || { echo "memcheck: valgrind is not installed (a
 
 dir=${1:-build-memcheck}
 excluded=Normalize.LongRunInOneResizePerNode
-excluded+=:NestingDepth.FailuresAtTheInnermostLevelUnwindCleanly
-excluded+=:DestroyNode.MillionDeepTreeOnASmallStack
 excluded+=:TextLimits.*
 parallel=2
 
