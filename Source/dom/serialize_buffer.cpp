@@ -2,21 +2,9 @@
 
 #include <cstdlib>
 
-#include "unistring/export.h"
-#include "unistring/text_limits.h"
-#include "unistring/utf8_fast.h"
-
 namespace vrk {
 
-int32_t SerializeBuffer_convert(SerializeBuffer *buffer, const UniChar *string, int32_t count) {
-    // The serializer asks for whole strings, or for runs that it has measured
-    // within a string: the units asked for are all there and none is zero.
-    const int64_t units = count >= 0 ? count : unitCount(string);
-    // At most three bytes a unit: a piece that surely fits is encoded
-    // without measuring it first.
-    if (units <= buffer->capacity / 3) {
-        return static_cast<int32_t>(encodeRun(string, units, buffer->data) - buffer->data);
-    }
+int32_t SerializeBuffer_convertMeasured(SerializeBuffer *buffer, const UniChar *string, int64_t units) {
     const int64_t measured = utf8BytesOfRun(string, units);
     // A piece whose UTF-8 form exceeds the 32-bit range cannot be held: it
     // fails like a growth that memory refused.

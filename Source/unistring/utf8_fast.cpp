@@ -42,23 +42,25 @@ int64_t utf8BytesOfRun(const UniChar *s, int64_t units) {
 
 char *encodeRun(const UniChar *s, int64_t units, char *dest) {
     int64_t i = 0;
-    while (i < units) {
-        int64_t stop = units;
 #if defined(__SSE2__)
-        // Blocks of eight ASCII units are narrowed at once; a block that
-        // holds any other unit is encoded unit by unit, and then blocks are
-        // tried again, so that one accented letter does not slow the rest.
-        const __m128i below80 = _mm_set1_epi16(0x7F);
-        const __m128i zero = _mm_setzero_si128();
-        for (; i + 8 <= units; i += 8, dest += 8) {
-            const __m128i x = _mm_loadu_si128(reinterpret_cast<const __m128i *>(s + i));
-            if (_mm_movemask_epi8(_mm_cmpeq_epi16(_mm_subs_epu16(x, below80), zero)) != 0xFFFF) break;
+    // Blocks of eight ASCII units are narrowed at once; a block that holds
+    // any other unit is encoded unit by unit, and the next block is tried
+    // again, so that one accented letter does not slow the rest.  Short
+    // pieces, the serializer's usual ones, go straight to the tail loop.
+    const __m128i below80 = _mm_set1_epi16(0x7F);
+    const __m128i zero = _mm_setzero_si128();
+    while (i + 8 <= units) {
+        const __m128i x = _mm_loadu_si128(reinterpret_cast<const __m128i *>(s + i));
+        if (_mm_movemask_epi8(_mm_cmpeq_epi16(_mm_subs_epu16(x, below80), zero)) == 0xFFFF) {
             _mm_storel_epi64(reinterpret_cast<__m128i *>(dest), _mm_packus_epi16(x, x));
+            dest += 8;
+            i += 8;
+            continue;
         }
-        if (i + 8 <= units) stop = i + 8;
-#endif
-        for (; i < stop; ++i) dest += encodeUnit(loadUnit(s + i), dest);
+        for (const int64_t stop = i + 8; i < stop; ++i) dest += encodeUnit(loadUnit(s + i), dest);
     }
+#endif
+    for (; i < units; ++i) dest += encodeUnit(loadUnit(s + i), dest);
     *dest = 0;
     return dest;
 }
