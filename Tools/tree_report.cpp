@@ -1,7 +1,6 @@
 #include "tree_report.h"
 
 #include <string>
-#include <vector>
 
 #include "vrkxml.hpp"
 
@@ -9,12 +8,7 @@ namespace vrktool {
 
 namespace {
 
-std::string utf8(const UniChar *s) {
-    if (s == nullptr) return "";
-    std::vector<char> out(static_cast<std::size_t>(vrkUniCharToUTF8Len(s)) + 1);
-    vrkUniCharStringToUTF8(s, out.data());
-    return out.data();
-}
+std::string utf8(const UniChar *s) { return vrkxml::toUtf8(vrkxml::view(s)); }
 
 // A value for one line: quoted, control characters escaped, cut short.
 std::string shown(const UniChar *value) {

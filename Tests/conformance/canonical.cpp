@@ -3,17 +3,13 @@
 #include <algorithm>
 #include <vector>
 
+#include "vrkxml.hpp"
+
 namespace conformance {
 
 namespace {
 
-std::string utf8(const UniChar *s) {
-    if (s == nullptr) return "";
-    std::string out(static_cast<std::size_t>(vrkUniCharToUTF8Len(s)) + 1, '\0');
-    vrkUniCharStringToUTF8(s, out.data());
-    out.pop_back();
-    return out;
-}
+std::string utf8(const UniChar *s) { return vrkxml::toUtf8(vrkxml::view(s)); }
 
 std::string escaped(const UniChar *s) {
     std::string out;

@@ -1,13 +1,11 @@
 #include "support/tree_text.h"
 
+#include "vrkxml.hpp"
+
 namespace vrktest {
 
 std::string utf8(const UniChar *s) {
-    if (s == nullptr) return "(null)";
-    std::string out(static_cast<std::size_t>(vrkUniCharToUTF8Len(s)) + 1, '\0');
-    vrkUniCharStringToUTF8(s, out.data());
-    out.pop_back();
-    return out;
+    return s == nullptr ? "(null)" : vrkxml::toUtf8(vrkxml::view(s));
 }
 
 namespace {
