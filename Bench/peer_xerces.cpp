@@ -36,14 +36,18 @@ DOMDocument *load(XercesDOMParser &parser, Document &document) {
     return parser.adoptDocument();
 }
 
+// Configures parser and loads the document, or skips the case.
+DOMDocument *loadOrSkip(benchmark::State &state, XercesDOMParser &parser, Document &document) {
+    configure(parser);
+    DOMDocument *tree = load(parser, document);
+    if (tree == nullptr) state.SkipWithError("not parsed");
+    return tree;
+}
+
 void parseAndDestroy(benchmark::State &state, Document &document) {
     XercesDOMParser parser;
-    configure(parser);
-    DOMDocument *first = load(parser, document);
-    if (first == nullptr) {
-        state.SkipWithError("not parsed");
-        return;
-    }
+    DOMDocument *first = loadOrSkip(state, parser, document);
+    if (first == nullptr) return;
     first->release();
     for (auto _ : state) {
         DOMDocument *tree = load(parser, document);
@@ -56,12 +60,8 @@ void parseAndDestroy(benchmark::State &state, Document &document) {
 
 void serialize(benchmark::State &state, Document &document) {
     XercesDOMParser parser;
-    configure(parser);
-    DOMDocument *tree = load(parser, document);
-    if (tree == nullptr) {
-        state.SkipWithError("not parsed");
-        return;
-    }
+    DOMDocument *tree = loadOrSkip(state, parser, document);
+    if (tree == nullptr) return;
     static const XMLCh kLS[] = {chLatin_L, chLatin_S, chNull};
     static const XMLCh kUtf8[] = {chLatin_U, chLatin_T, chLatin_F, chDash, chDigit_8, chNull};
     DOMImplementation *implementation = DOMImplementationRegistry::getDOMImplementation(kLS);
