@@ -11,8 +11,8 @@ namespace vrk {
 // Offsets and lengths are 32-bit: the terminator's offset must fit.
 constexpr int64_t kMaxTextUnits = INT32_MAX;
 
-// Units ahead of the first zero unit.
-int64_t unitCount(const UniChar *s);
+// Units ahead of the first zero unit, at most `limit` of them.
+int64_t unitCount(const UniChar *s, int64_t limit = INT64_MAX);
 
 // Units the zero-terminated UTF-8 text decodes to; -1 when it is malformed.
 int64_t utf8UnitCount(const char *s);
