@@ -13,21 +13,16 @@ void setToken(Token *out, const UniChar *start, int32_t length) {
     out->end = out->start + length - 1;
 }
 
-bool declares(const NameSpaceStackEntry *entry, const UniChar *prefix, int32_t prefixLength) {
-    return entry != nullptr && entry->prefix != nullptr && entry->prefixLength == prefixLength &&
-           vrkunistrncmp(entry->prefix, prefix, prefixLength) == 0;
-}
-
 // The nearest declaration of a prefix: from what the top entry remembers,
 // or by a walk from the top down, whose answer the top then remembers.
 const NameSpaceStackEntry *findPrefix(const NameSpaceStackEntry *top, const UniChar *prefix, int32_t prefixLength) {
     if (top == nullptr) return nullptr;
     vrk::StackRecord *record = vrk::recordOf(top);
     for (const NameSpaceStackEntry *known : record->remembered) {
-        if (declares(known, prefix, prefixLength)) return known;
+        if (vrk::declaresPrefix(known, prefix, prefixLength)) return known;
     }
     for (const NameSpaceStackEntry *entry = top; entry != nullptr; entry = entry->next) {
-        if (declares(entry, prefix, prefixLength)) {
+        if (vrk::declaresPrefix(entry, prefix, prefixLength)) {
             record->remembered[record->replaceNext] = entry;
             record->replaceNext = (record->replaceNext + 1) % vrk::StackRecord::kRemembered;
             return entry;

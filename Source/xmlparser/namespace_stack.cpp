@@ -23,17 +23,18 @@ VRK_EXPORT int32_t pushNameSpaceStack(ProduceContext *context, const Token *pref
     entry->uri = uri->start;
     entry->uriLength = lengthOf(uri);
     entry->next = context->nameSpaceStack;
-    const vrk::StackRecord *below = entry->next == nullptr ? nullptr : vrk::recordOf(entry->next);
-    record->nearestDefault = entry->prefix == nullptr ? entry : below == nullptr ? nullptr : below->nearestDefault;
-    record->replaceNext = below == nullptr ? 0 : below->replaceNext;
-    for (int i = 0; i < vrk::StackRecord::kRemembered; ++i) {
-        const NameSpaceStackEntry *known = below == nullptr ? nullptr : below->remembered[i];
-        // This declaration hides an older one of the same prefix.
-        if (known != nullptr && entry->prefix != nullptr && known->prefixLength == entry->prefixLength &&
-            vrkunistrncmp(known->prefix, entry->prefix, entry->prefixLength) == 0) {
-            known = entry;
+    record->nearestDefault = entry->prefix == nullptr ? entry : nullptr;
+    record->replaceNext = 0;
+    for (const NameSpaceStackEntry *&known : record->remembered) known = nullptr;
+    if (entry->next != nullptr) {
+        const vrk::StackRecord *below = vrk::recordOf(entry->next);
+        if (entry->prefix != nullptr) record->nearestDefault = below->nearestDefault;
+        record->replaceNext = below->replaceNext;
+        for (int i = 0; i < vrk::StackRecord::kRemembered; ++i) {
+            // This declaration hides an older one of the same prefix.
+            const NameSpaceStackEntry *known = below->remembered[i];
+            record->remembered[i] = vrk::declaresPrefix(known, entry->prefix, entry->prefixLength) ? entry : known;
         }
-        record->remembered[i] = known;
     }
     context->nameSpaceStack = entry;
     return 1;

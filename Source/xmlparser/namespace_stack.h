@@ -25,6 +25,13 @@ struct StackRecord {
     int replaceNext;
 };
 
+// Whether entry (which may be null) declares the prefix of prefixLength
+// units; a default declaration declares no prefix.
+inline bool declaresPrefix(const NameSpaceStackEntry *entry, const UniChar *prefix, int32_t prefixLength) {
+    return entry != nullptr && entry->prefix != nullptr && entry->prefixLength == prefixLength &&
+           vrkunistrncmp(entry->prefix, prefix, prefixLength) == 0;
+}
+
 inline StackRecord *recordOf(const NameSpaceStackEntry *entry) {
     return reinterpret_cast<StackRecord *>(const_cast<NameSpaceStackEntry *>(entry));
 }
