@@ -81,13 +81,17 @@ VRK_EXPORT int32_t Produce_STagOREmptyElemTag(ProduceContext *context, Token *na
         Produce_S(context);
         read = vrk::produceAttribute(context, &tag);
     } while (read == PRODUCE_OK);
-    vrk::clearTagAttributes(tag);
-    if (read == PRODUCE_ERROR) return PRODUCE_ERROR;
+    if (read == PRODUCE_ERROR) {
+        vrk::clearTagAttributes(tag);
+        return PRODUCE_ERROR;
+    }
 
     // All declarations of the tag are on the stack now, wherever they stood.
-    // Failures stay pending in the record.
+    // Failures stay pending in the record.  One walk resolves the attributes
+    // and clears the tag's tree links from them.
     resolveNameSpace(context, element);
     for (vrkNode *attribute = element->attributes.first; attribute != nullptr; attribute = attribute->next) {
+        vrk::forgetTreeLinks(attribute);
         resolveNameSpace(context, attribute);
     }
 

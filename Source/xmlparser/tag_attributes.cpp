@@ -93,29 +93,19 @@ vrkNode *insertOrFind(TagAttributes &tag, vrkNode *node) {
 vrkNode *setTagAttribute(TagAttributes &tag, vrkNode *attribute) {
     vrkNamedNodeMap &map = tag.element->attributes;
     attribute->parent = tag.element;
-    if (placeFirstAttribute(&map, attribute)) {
-        tag.last = attribute;
-        insertOrFind(tag, attribute);
-        return nullptr;
-    }
-    // The tree supplies the attribute of the same name, the tag its last
-    // attribute; dom/attribute_placement.h writes the map's links.
+    // The tree supplies the attribute of the same name (none while it is
+    // empty), the tag its last attribute; dom/attribute_placement.h writes
+    // the map's links.  A displaced attribute fails the parse, so the tree
+    // is not kept up to date past it.
     vrkNode *old = insertOrFind(tag, attribute);
-    placeAttribute(&map, attribute, old, tag.last);
-    if (old == nullptr) {
-        tag.last = attribute;
-        return nullptr;
-    }
-    // The new attribute has taken the old one's place in the map.  The parse
-    // fails on it, so the tree is not kept up to date from here on.
-    if (tag.last == old) tag.last = attribute;
-    left(attribute) = right(attribute) = nullptr;
+    if (!placeFirstAttribute(&map, attribute)) placeAttribute(&map, attribute, old, tag.last);
+    if (old == nullptr || tag.last == old) tag.last = attribute;
     return old;
 }
 
 void clearTagAttributes(TagAttributes &tag) {
     for (vrkNode *attribute = tag.element->attributes.first; attribute != nullptr; attribute = attribute->next) {
-        left(attribute) = right(attribute) = nullptr;
+        forgetTreeLinks(attribute);
     }
     tag.root = nullptr;
 }

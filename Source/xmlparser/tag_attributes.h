@@ -23,6 +23,9 @@ struct TagAttributes {
 // dom/attribute_placement.h), and returns the attribute it displaced, or null.
 vrkNode *setTagAttribute(TagAttributes &tag, vrkNode *attribute);
 
+// Clears the tree links of one attribute.
+inline void forgetTreeLinks(vrkNode *attribute) { attribute->firstChild = attribute->lastChild = nullptr; }
+
 // Clears the tree links of every attribute in the element's map.
 void clearTagAttributes(TagAttributes &tag);
 
