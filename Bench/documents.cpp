@@ -7,25 +7,14 @@
 #include <cstdint>
 #include <string_view>
 
+#include "support/random.h"
+
 namespace vrkbench {
 namespace {
 
 constexpr std::string_view kDeclaration = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n";
 
-// splitmix64 with a fixed seed.
-class Generator {
-public:
-    std::size_t below(std::size_t bound) {
-        state_ += 0x9E3779B97F4A7C15u;
-        std::uint64_t z = state_;
-        z = (z ^ (z >> 30)) * 0xBF58476D1CE4E5B9u;
-        z = (z ^ (z >> 27)) * 0x94D049BB133111EBu;
-        return static_cast<std::size_t>((z ^ (z >> 31)) % bound);
-    }
-
-private:
-    std::uint64_t state_ = 0x5EED;
-};
+using Generator = vrktest::Random;
 
 // Plain words, a few of them outside ASCII; none needs escaping.
 constexpr std::array<std::string_view, 16> kWords = {
@@ -66,7 +55,7 @@ constexpr std::string_view kCatalogEnd = "</catalog>\n";
 
 // Records until the document (with its closing tags) reaches the target.
 void appendRecordsUpToTarget(std::string &out, std::size_t reserveForEnd) {
-    Generator random;
+    Generator random{0x5EED};
     for (std::size_t id = 0; out.size() + reserveForEnd < kTargetBytes; ++id) appendRecord(out, random, id);
 }
 
@@ -166,7 +155,7 @@ std::string manySiblings() {
 // Words up to the target, with a reference after every few words when asked.
 void appendLongText(std::string &out, bool references, bool hyphens) {
     constexpr std::array<std::string_view, 5> kReferences = {"&amp;", "&lt;", "&#233;", "&#x20AC;", "&quot;"};
-    Generator random;
+    Generator random{0x5EED};
     while (out.size() < kTargetBytes) {
         appendWords(out, random, 3);
         if (references) out += kReferences[random.below(kReferences.size())];

@@ -1,5 +1,5 @@
 // The small tools the shape generators share: a fixed-seed random source
-// and a writer that appends words, numbers and markup to a document.
+// (the tests' own) and a writer that appends words, numbers and markup to a document.
 #ifndef VRKXML_BENCH_SHAPE_WRITER_H
 #define VRKXML_BENCH_SHAPE_WRITER_H
 
@@ -9,27 +9,12 @@
 #include <string>
 #include <string_view>
 
+#include "support/random.h"
+
 namespace vrkperf {
 
-// splitmix64: the same sequence for the same seed everywhere.
-class Random {
-public:
-    explicit Random(std::uint64_t seed) : state_(seed) {}
-
-    std::uint64_t next() {
-        state_ += 0x9E3779B97F4A7C15u;
-        std::uint64_t z = state_;
-        z = (z ^ (z >> 30)) * 0xBF58476D1CE4E5B9u;
-        z = (z ^ (z >> 27)) * 0x94D049BB133111EBu;
-        return z ^ (z >> 31);
-    }
-    // Uniform enough below `bound` (> 0) for test data.
-    std::size_t below(std::size_t bound) { return static_cast<std::size_t>(next() % bound); }
-    bool chance(std::size_t percent) { return below(100) < percent; }
-
-private:
-    std::uint64_t state_;
-};
+// The tests' fixed-seed generator: the same documents on every machine.
+using Random = vrktest::Random;
 
 class ShapeWriter {
 public:
@@ -54,6 +39,8 @@ public:
         out_ += std::to_string(number);
         return *this;
     }
+    // What Random::below gives.
+    ShapeWriter &operator<<(std::uint32_t number) { return *this << static_cast<std::size_t>(number); }
 
     std::string_view pick(std::span<const std::string_view> words) { return words[random_.below(words.size())]; }
     // `count` words from the list, separated by single spaces.
