@@ -60,15 +60,18 @@ void reportError(const std::string &path, const std::vector<char> &bytes, const 
     std::fprintf(stderr, "%s\n%s\n", where.lineText.c_str(), where.caret.c_str());
 }
 
-// Parses one input; null after reporting why not.
-vrkNode *parseInput(const std::string &path, std::vector<char> &bytes, int &status) {
+// Parses one input; null after reporting why not.  seconds, when given,
+// receives the time the parse alone took.
+vrkNode *parseInput(const std::string &path, std::vector<char> &bytes, int &status, double *seconds = nullptr) {
     if (!vrktool::readInput(path, bytes)) {
         std::fprintf(stderr, "%s: cannot read\n", path.c_str());
         status = kExitTrouble;
         return nullptr;
     }
     vrkParseError error{};
+    const auto started = std::chrono::steady_clock::now();
     vrkNode *document = vrkDOM_parse(bytes.data(), &error);
+    if (seconds != nullptr) *seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - started).count();
     if (document == nullptr) {
         reportError(path, bytes, error);
         status = kExitNotWellFormed;
@@ -124,19 +127,11 @@ int tree(const std::string &path) {
 
 int stats(const std::string &path) {
     std::vector<char> bytes;
-    if (!vrktool::readInput(path, bytes)) {
-        std::fprintf(stderr, "%s: cannot read\n", path.c_str());
-        return kExitTrouble;
-    }
+    int status = kExitOk;
+    double seconds = 0;
+    vrkNode *document = parseInput(path, bytes, status, &seconds);
+    if (document == nullptr) return status;
     const std::size_t size = bytes.size() - 4;  // readInput adds four zero bytes
-    vrkParseError error{};
-    const auto started = std::chrono::steady_clock::now();
-    vrkNode *document = vrkDOM_parse(bytes.data(), &error);
-    const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - started).count();
-    if (document == nullptr) {
-        reportError(path, bytes, error);
-        return kExitNotWellFormed;
-    }
     const vrktool::TreeCounts counts = vrktool::countTree(document);
     vrkDOM_destroyNode(document, 1);
     std::printf("%s\n  bytes           %zu\n  elements        %lld\n  attributes      %lld\n"
