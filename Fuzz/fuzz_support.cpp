@@ -115,9 +115,7 @@ bool isParseCode(int32_t code) {
     case ERR_NSATT_NAME: case ERR_EQ_MISSING: case ERR_OPENING_QUOTE: case ERR_DECL_VALUE:
     case ERR_TAG_END: case ERR_ETAG_NAME: case ERR_UNDECLARED_PREFIX: case ERR_BAD_PI:
     case ERR_DUPLICATE_ATTRIBUTE:
-#ifdef ERR_TEXT_TOO_LONG
     case ERR_TEXT_TOO_LONG:
-#endif
         return true;
     default:
         return false;
