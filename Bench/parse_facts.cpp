@@ -25,12 +25,9 @@ ParseFacts measure(Document &document) {
     vrkDOM_destroyNode(vrkDOM_parse(document.data(), &error), 1);
     const std::size_t heapBefore = heapInUse();
     vrkNode *tree = nullptr;
-    {
-        Tracking tracking;
-        tree = vrkDOM_parse(document.data(), &error);
-        facts.allocations = tracking.allocations();
-        facts.peakBytes = tracking.peakBytes();
-    }
+    const OperationCost parse = costOf([&] { tree = vrkDOM_parse(document.data(), &error); });
+    facts.allocations = parse.allocations;
+    facts.peakBytes = parse.peakBytes;
     if (tree == nullptr) {
         facts.failure = describe(error);
         return facts;

@@ -9,6 +9,7 @@
 #include <cstdint>
 #include <string>
 
+#include "alloc_tracking.h"
 #include "corpus.h"
 #include "tree_stats.h"
 #include "vrkxml.h"
@@ -34,6 +35,14 @@ struct OperationCost {
     std::uint64_t allocations = 0;
     std::int64_t peakBytes = 0;
 };
+
+// The allocations and peak bytes of one call of operation.
+template <class Operation>
+OperationCost costOf(Operation operation) {
+    Tracking tracking;
+    operation();
+    return {tracking.allocations(), tracking.peakBytes()};
+}
 
 // Sets allocs_per_node (over the nodes of the parsed tree) and
 // peak_per_input from one operation's cost.

@@ -80,13 +80,7 @@ void destroyOnly(benchmark::State &state, Document &document) {
     }
     reportInput(state, document);
     vrkNode *tree = parse(document);
-    OperationCost cost;
-    {
-        Tracking tracking;
-        vrkDOM_destroyNode(tree, 1);
-        cost = {tracking.allocations(), tracking.peakBytes()};
-    }
-    setOperationCounters(state, document, cost);
+    setOperationCounters(state, document, costOf([tree] { vrkDOM_destroyNode(tree, 1); }));
 }
 
 }  // namespace

@@ -23,13 +23,8 @@ void serialize(benchmark::State &state, Document &document, int32_t encoding) {
     vrkNode *tree = parseOrSkip(state, document);
     if (tree == nullptr) return;
     std::string out;
-    OperationCost cost;
     int32_t written = 0;
-    {
-        Tracking tracking;
-        written = vrkDOM_serialize(tree, encoding, appendToString, &out);
-        cost = {tracking.allocations(), tracking.peakBytes()};
-    }
+    const OperationCost cost = costOf([&] { written = vrkDOM_serialize(tree, encoding, appendToString, &out); });
     if (written != 1) {
         state.SkipWithError("not serialized");
         vrkDOM_destroyNode(tree, 1);
@@ -53,12 +48,7 @@ void normalize(benchmark::State &state, Document &document) {
     if (tree == nullptr) return;
     const std::size_t nodesBefore = measureTree(tree).nodes;
     vrkDOMException exception{};
-    OperationCost cost;
-    {
-        Tracking tracking;
-        vrkNodeReal_normalize(__FILE__, __LINE__, tree, &exception);
-        cost = {tracking.allocations(), tracking.peakBytes()};
-    }
+    const OperationCost cost = costOf([&] { vrkNodeReal_normalize(__FILE__, __LINE__, tree, &exception); });
     const std::size_t nodesAfter = measureTree(tree).nodes;
     vrkDOM_destroyNode(tree, 1);
     for (auto _ : state) {
@@ -84,12 +74,7 @@ void copy(benchmark::State &state, Document &document) {
     vrkNode *tree = parseOrSkip(state, document);
     if (tree == nullptr) return;
     vrkDOMException exception{};
-    OperationCost cost;
-    {
-        Tracking tracking;
-        vrkDOM_destroyNode(copyTree(tree, &exception), 1);
-        cost = {tracking.allocations(), tracking.peakBytes()};
-    }
+    const OperationCost cost = costOf([&] { vrkDOM_destroyNode(copyTree(tree, &exception), 1); });
     if (exception.code != 0) {
         state.SkipWithError("copy failed");
         vrkDOM_destroyNode(tree, 1);
