@@ -25,10 +25,7 @@ std::string shown(const UniChar *value) {
         else if (unit == '\r') out += "\\r";
         else if (unit == '\t') out += "\\t";
         else if (unit == '"' || unit == '\\') out += '\\', out += static_cast<char>(unit);
-        else {
-            const UniChar one[] = {unit, 0};
-            out += utf8(one);
-        }
+        else out += vrkxml::toUtf8(std::u16string_view(reinterpret_cast<const char16_t *>(p), 1));
     }
     out += '"';
     return out;
@@ -48,7 +45,7 @@ void printOutline(const vrkNode *document, std::FILE *out) {
         case ELEMENT_NODE: {
             std::string line(1, '<');
             line += utf8(node->name);
-            for (const vrkNode *a = node->attributes.first; a != nullptr; a = a->next) {
+            for (const vrkNode *a : vrkxml::attributes(node)) {
                 line += ' ';
                 line += utf8(a->name);
                 line += '=';
