@@ -65,6 +65,46 @@ void widenAscii(const unsigned char *in, UniChar *out, std::size_t count) {
     for (; i < count; ++i) vrk::storeUnit(out + i, in[i]);
 }
 
+// The two- and three-byte forms, the only ones that carry a unit this
+// decoder gives out, decoded in line: non-ASCII text comes in runs (a word
+// of Greek, a line of Japanese), and a call for each character would cost
+// more than its decoding.
+
+// Measures the run of sequences at p, up to the next ASCII byte or the
+// terminator, adding one to units for each: the end of the run, or null at
+// a sequence that vrkUTF8ToUniChar refuses (or decodes to 0xFFFF, which is
+// its failure value).  A continuation byte is read only while the bytes
+// before it continued the sequence, so no byte past the terminator is read.
+const unsigned char *measureSequences(const unsigned char *p, int64_t &units) {
+    for (unsigned lead; (lead = p[0]) >= 0x80; ++units) {
+        // 0x80 to 0xBF cannot lead; 0xC0 and 0xC1 begin overlong forms.
+        if (lead < 0xC2 || (p[1] & 0xC0) != 0x80) return nullptr;
+        if (lead < 0xE0) {
+            p += 2;
+            continue;
+        }
+        if (lead >= 0xF0 || (p[2] & 0xC0) != 0x80) return nullptr;
+        const uint32_t value = ((lead & 0x0Fu) << 12) | ((p[1] & 0x3Fu) << 6) | (p[2] & 0x3Fu);
+        if (value < 0x800 || (value >= 0xD800 && value <= 0xDFFF) || value == 0xFFFF) return nullptr;
+        p += 3;
+    }
+    return p;
+}
+
+// Decodes the run of sequences at p, which measureSequences has accepted,
+// while out is below end.
+void decodeSequences(const unsigned char *&p, UniChar *&out, const UniChar *end) {
+    for (unsigned lead; out < end && (lead = p[0]) >= 0x80;) {
+        if (lead < 0xE0) {
+            *out++ = static_cast<UniChar>(((lead & 0x1Fu) << 6) | (p[1] & 0x3Fu));
+            p += 2;
+        } else {
+            *out++ = static_cast<UniChar>(((lead & 0x0Fu) << 12) | ((p[1] & 0x3Fu) << 6) | (p[2] & 0x3Fu));
+            p += 3;
+        }
+    }
+}
+
 }  // namespace
 
 VRK_EXPORT UniChar vrkUTF8ToUniChar(const char **cursor) {
@@ -105,10 +145,8 @@ int64_t utf8UnitCount(const char *s) {
         p += run;
         units += static_cast<int64_t>(run);
         if (p == end) break;
-        const char *cursor = reinterpret_cast<const char *>(p);
-        if (vrkUTF8ToUniChar(&cursor) == kDecodeFailure) return -1;
-        p = reinterpret_cast<const unsigned char *>(cursor);
-        ++units;
+        p = measureSequences(p, units);
+        if (p == nullptr) return -1;
     }
     return units;
 }
@@ -124,10 +162,7 @@ UniChar *decodeMeasuredUtf8(const char *s, int64_t units) {
         widenAscii(p, out, run);
         p += run;
         out += run;
-        if (out == end) break;
-        const char *cursor = reinterpret_cast<const char *>(p);
-        *out++ = vrkUTF8ToUniChar(&cursor);
-        p = reinterpret_cast<const unsigned char *>(cursor);
+        decodeSequences(p, out, end);
     }
     *out = 0;
     return result;
