@@ -13,8 +13,14 @@ vrkNode *allocateNodeBlock(int32_t type, std::size_t units) {
     if (units > SIZE_MAX / 4) return nullptr;
     auto *node = static_cast<vrkNode *>(std::malloc(kRoomOffset + units * sizeof(UniChar)));
     if (node == nullptr) return nullptr;
-    *node = vrkNode{};
+    // Field by field: the compiler stores these in line, where a whole-record
+    // assignment becomes a string instruction that costs more to start.
+    node->name = node->value = nullptr;
     node->type = type;
+    node->attributes.count = 0;
+    node->attributes.first = nullptr;
+    node->parent = node->firstChild = node->lastChild = node->previous = node->next = nullptr;
+    node->namespaceURI = node->prefix = node->localName = nullptr;
     std::memcpy(reinterpret_cast<char *>(node) + kRoomSizeOffset, &units, sizeof units);
     return node;
 }

@@ -49,10 +49,28 @@ vrkNode *newNodeBlock(const char *callerFile, int32_t callerLine, int32_t type, 
                       vrkDOMException *exception);
 
 // Copies `count` units from `units` and a terminator to `room`, moves
-// `room` behind them and returns where the string begins.
+// `room` behind them and returns where the string begins.  Most names and
+// values are short: up to 16 units are copied in line, by two fixed-size
+// copies that may overlap, none reading outside the units.
 inline UniChar *placeString(UniChar *&room, const UniChar *units, std::size_t count) {
     UniChar *string = room;
-    std::memcpy(string, units, count * sizeof(UniChar));
+    auto *to = reinterpret_cast<char *>(string);
+    const auto *from = reinterpret_cast<const char *>(units);
+    const std::size_t bytes = count * sizeof(UniChar);
+    if (bytes >= 16 && bytes <= 32) {
+        std::memcpy(to, from, 16);
+        std::memcpy(to + bytes - 16, from + bytes - 16, 16);
+    } else if (bytes >= 8 && bytes < 16) {
+        std::memcpy(to, from, 8);
+        std::memcpy(to + bytes - 8, from + bytes - 8, 8);
+    } else if (bytes >= 4 && bytes < 8) {
+        std::memcpy(to, from, 4);
+        std::memcpy(to + bytes - 4, from + bytes - 4, 4);
+    } else if (bytes == 2) {
+        std::memcpy(to, from, 2);
+    } else if (bytes != 0) {
+        std::memcpy(to, from, bytes);
+    }
     string[count] = 0;
     room += count + 1;
     return string;

@@ -30,10 +30,13 @@ int32_t finishElement(ProduceContext *context) {
     context->current = element->parent;
     const int32_t length = vrk::tokenLength(endName);
     // The end tag's units hold no zero, so equal units followed by the
-    // name's terminator mean equal names, without measuring the name.
-    if (vrkunistrncmp(element->name, endName.start, length) != 0 || element->name[length] != 0) {
-        return VRK_PARSE_ERROR(context, ERR_END_TAG, context->cursor);
+    // name's terminator mean equal names, without measuring the name (a
+    // shorter name differs at its terminator, where the walk stops).
+    const UniChar *name = element->name;
+    for (int32_t i = 0; i < length; ++i) {
+        if (name[i] != loadUnit(endName.start + i)) return VRK_PARSE_ERROR(context, ERR_END_TAG, context->cursor);
     }
+    if (name[length] != 0) return VRK_PARSE_ERROR(context, ERR_END_TAG, context->cursor);
     return PRODUCE_OK;
 }
 
