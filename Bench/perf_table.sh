@@ -17,20 +17,16 @@
 # two cores.
 set -euo pipefail
 
-root=$(cd "$(dirname "$0")/.." && pwd)
-build="$root/build-perf"
+source "$(dirname "$0")/perf_setup.sh"
 json="$build/parse_bench.json"
 min_time=${VRKXML_PERF_MIN_TIME:-0.1}
 repetitions=${VRKXML_PERF_REPETITIONS:-3}
 
-real=()
 if [[ ${1:-} == --real ]]; then
     shift
-    mapfile -t real < <(bash "$root/Bench/real_files.sh" "$build/real")
+    take_real_files
 fi
-
-cmake -S "$root" -B "$build" -DCMAKE_BUILD_TYPE=Release -DVRKXML_BUILD_TESTS=OFF -DVRKXML_BUILD_BENCH=ON >/dev/null
-cmake --build "$build" --target vrkxml_parse_bench -j "$(nproc)" >/dev/null
+build_bench
 
 command=(Bench/vrkxml_parse_bench "--benchmark_min_time=$min_time" "--benchmark_repetitions=$repetitions"
     --benchmark_display_aggregates_only=true --benchmark_enable_random_interleaving=true --benchmark_out_format=json --benchmark_out=parse_bench.json "${real[@]}" "$@")
