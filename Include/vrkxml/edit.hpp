@@ -264,6 +264,10 @@ inline Status move(vrkNode *node, vrkNode *newParent, vrkNode *before = nullptr)
         if (oldParent == nullptr || vrkNode_removeChild(oldParent, node, &exception) == nullptr) {
             return detail::failure(ERR_NOT_FOUND, "the node is in no child list");
         }
+        // A removed node keeps its old links, which appending would keep too.
+        node->parent = nullptr;
+        node->previous = nullptr;
+        node->next = nullptr;
         const vrkNode *placed = before ? vrkNode_insertBefore(newParent, node, before, &exception)
                                        : vrkNode_appendChild(newParent, node, &exception);
         if (placed != nullptr) return {};

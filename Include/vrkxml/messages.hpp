@@ -114,10 +114,13 @@ inline bool isFifthEditionNameChar(char32_t c) noexcept {
     return false;
 }
 
+// At least four hexadecimal digits, as in U+00E9 and U+1F600.
 inline std::string hexOf(char32_t c) {
     static constexpr char digits[] = "0123456789ABCDEF";
     std::string out;
-    for (int shift = c > 0xFFFF ? 20 : 12; shift >= 0; shift -= 4) out.push_back(digits[(c >> shift) & 0xF]);
+    for (int shift = 20; shift >= 0; shift -= 4) {
+        if (shift < 16 || (c >> shift) != 0) out.push_back(digits[(c >> shift) & 0xF]);
+    }
     return out;
 }
 
