@@ -62,8 +62,9 @@ void reportError(std::FILE *out, const std::string &file, const vrkxml::Error &e
 std::string jsonReport(const std::string &file, const vrkxml::Error *error) {
     std::string out = "{\"file\":" + jsonString(file) + ",\"accepted\":" + (error ? "false" : "true");
     if (error == nullptr) {
-        return out + ",\"line\":null,\"column\":null,\"offset\":null,\"code\":0,\"name\":null,\"message\":null,"
-                     "\"hint\":null}";
+        return out +
+               ",\"line\":null,\"column\":null,\"offset\":null,\"code\":0,\"name\":null,\"message\":null,"
+               "\"hint\":null}";
     }
     const bool placed = error->line > 0;
     out += ",\"line\":" + jsonNumber(error->line) + ",\"column\":" + jsonNumber(error->column) +

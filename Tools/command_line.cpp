@@ -38,7 +38,8 @@ std::string apply(CommandLine &line, const std::string &argument) {
     } else {  // --indent, or --indent=N
         const bool given = option == "--indent=";
         const std::string problem = "--indent takes a number of blanks from 0 to 16";
-        if (given && (value.empty() || value.size() > 2 || value.find_first_not_of("0123456789") != std::string::npos)) {
+        if (given &&
+            (value.empty() || value.size() > 2 || value.find_first_not_of("0123456789") != std::string::npos)) {
             return problem;
         }
         const std::size_t width = given ? std::stoul(value) : 2;

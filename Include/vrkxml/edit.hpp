@@ -138,9 +138,8 @@ template <class Text>
 bool removeAttribute(vrkNode *element, Text name) noexcept {
     const vrkNode *attribute = findAttribute(element, name);
     if (attribute == nullptr) return false;
-    vrkDOM_destroyNode(vrkNamedNodeMap_removeNamedItem(&element->attributes, attribute->name,
-                                                       vrkunistrlen(attribute->name)),
-                       1);
+    vrkDOM_destroyNode(
+        vrkNamedNodeMap_removeNamedItem(&element->attributes, attribute->name, vrkunistrlen(attribute->name)), 1);
     return true;
 }
 
@@ -225,7 +224,8 @@ inline vrkNode *findChild(const vrkNode *parent, std::u16string_view localName,
                           std::u16string_view namespaceName = {}) noexcept {
     return detail::findChild(parent, localName, namespaceName);
 }
-inline vrkNode *findChild(const vrkNode *parent, std::string_view localName, std::string_view namespaceName = {}) noexcept {
+inline vrkNode *findChild(const vrkNode *parent, std::string_view localName,
+                          std::string_view namespaceName = {}) noexcept {
     return detail::findChild(parent, localName, namespaceName);
 }
 inline vrkNode *findDescendant(const vrkNode *root, std::u16string_view localName,

@@ -115,8 +115,9 @@ inline Result<Decoded> decodeUtf8(std::string_view bytes) {
         }
         const Utf8Step step = decodeUtf8At(bytes, i);
         if (step.length == 0) {
-            return errorAt(errMalformedText, "byte 0x" + hexOf(byte).substr(2) + " begins no well-formed UTF-8 sequence",
-                           decoded, decoded.text().size());
+            return errorAt(errMalformedText,
+                           "byte 0x" + hexOf(byte).substr(2) + " begins no well-formed UTF-8 sequence", decoded,
+                           decoded.text().size());
         }
         if (step.value == 0) return zeroAt(decoded);
         appendUtf16(decoded.buffer, step.value);
@@ -127,8 +128,8 @@ inline Result<Decoded> decodeUtf8(std::string_view bytes) {
 
 inline Result<Decoded> decodeUtf16(std::string_view bytes, bool bigEndian) {
     const std::string_view mark = bigEndian ? std::string_view("\xFE\xFF") : std::string_view("\xFF\xFE");
-    Decoded decoded = startDecoded(bigEndian ? TextForm::utf16be : TextForm::utf16le,
-                                   bytes.substr(0, 2) == mark, bytes.size() / 2);
+    Decoded decoded =
+        startDecoded(bigEndian ? TextForm::utf16be : TextForm::utf16le, bytes.substr(0, 2) == mark, bytes.size() / 2);
     for (std::size_t i = 0; i + 1 < bytes.size(); i += 2) {
         const auto first = static_cast<unsigned char>(bytes[i]);
         const auto second = static_cast<unsigned char>(bytes[i + 1]);

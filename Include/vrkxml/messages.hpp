@@ -90,8 +90,8 @@ inline bool textAt(std::u16string_view text, std::size_t at, std::u16string_view
 }
 
 inline bool isAsciiNameChar(char32_t c) noexcept {
-    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_' ||
-           c == '-' || c == '.' || c == ':';
+    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_' || c == '-' ||
+           c == '.' || c == ':';
 }
 
 // The ASCII name at text[at], as UTF-8.
@@ -104,10 +104,10 @@ inline std::string asciiNameAt(std::u16string_view text, std::size_t at) {
 // A character outside ASCII that names may hold since the fifth edition of
 // XML 1.0, whose tables are wider than the first four editions'.
 inline bool isFifthEditionNameChar(char32_t c) noexcept {
-    static constexpr char32_t ranges[][2] = {
-        {0xB7, 0xB7},     {0xC0, 0xD6},     {0xD8, 0xF6},     {0xF8, 0x37D},   {0x37F, 0x1FFF},
-        {0x200C, 0x200D}, {0x203F, 0x2040}, {0x2070, 0x218F}, {0x2C00, 0x2FEF}, {0x3001, 0xD7FF},
-        {0xF900, 0xFDCF}, {0xFDF0, 0xFFFD}, {0x10000, 0xEFFFF}};
+    static constexpr char32_t ranges[][2] = {{0xB7, 0xB7},      {0xC0, 0xD6},     {0xD8, 0xF6},     {0xF8, 0x37D},
+                                             {0x37F, 0x1FFF},   {0x200C, 0x200D}, {0x203F, 0x2040}, {0x2070, 0x218F},
+                                             {0x2C00, 0x2FEF},  {0x3001, 0xD7FF}, {0xF900, 0xFDCF}, {0xFDF0, 0xFFFD},
+                                             {0x10000, 0xEFFFF}};
     for (const auto &range : ranges) {
         if (c >= range[0] && c <= range[1]) return true;
     }
@@ -128,7 +128,8 @@ inline std::string hexOf(char32_t c) {
 inline std::string ampersandHint(std::u16string_view text, std::size_t at) {
     const std::string name = asciiNameAt(text, at + 1);
     if (!name.empty() && textAt(text, at + 1 + name.size(), u";")) {
-        std::string hint = "&" + name + "; is not one of the five predefined entities (&lt; &gt; &amp; "
+        std::string hint = "&" + name +
+                           "; is not one of the five predefined entities (&lt; &gt; &amp; "
                            "&apos; &quot;) and there is no DTD: write the character itself or a "
                            "character reference";
         return name == "nbsp" ? hint + " (&#160; for &nbsp;)" : hint;
@@ -158,7 +159,8 @@ inline std::string nameCharHint(std::u16string_view text, std::size_t at) {
     if (k >= text.size() || text[k] < 0x80) return "";
     const char32_t c = codePointAt(text, k).value;
     if (!isFifthEditionNameChar(c)) return "";
-    return "U+" + hexOf(c) + " may stand in names since the fifth edition of XML 1.0; libvrkxml's names "
+    return "U+" + hexOf(c) +
+           " may stand in names since the fifth edition of XML 1.0; libvrkxml's names "
            "follow the character tables of the first four editions";
 }
 
@@ -181,11 +183,11 @@ inline std::string hintFor(int32_t code, std::u16string_view text, std::size_t a
             return "document type declarations are not supported: libvrkxml reads no DTD (remove the "
                    "<!DOCTYPE ...> if the document needs nothing from it)";
         }
-        if (c != u'<') return "a document begins with its root element's start tag, after an optional XML "
-                              "declaration, comments and processing instructions";
+        if (c != u'<')
+            return "a document begins with its root element's start tag, after an optional XML "
+                   "declaration, comments and processing instructions";
         return "";
-    case ERR_END_TAG:
-    {
+    case ERR_END_TAG: {
         const std::size_t endTag = text.substr(0, at).rfind(u"</");
         const bool behindEndTag = at > 0 && text[at - 1] == u'>' && endTag != std::u16string_view::npos &&
                                   text.substr(endTag, at - endTag).find(u'<', 1) == std::u16string_view::npos;

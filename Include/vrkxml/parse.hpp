@@ -59,8 +59,9 @@ inline Result<Document> parseDecoded(Result<Decoded> read, const ParseOptions &o
 // one, a zero character with ERR_ZERO_CHARACTER; an empty text is a
 // document without a root (ERR_NO_ROOT_ELEMENT).  The text is not modified.
 inline Result<Document> parse(std::string_view bytes, const ParseOptions &options = {}) noexcept {
-    return detail::guarded(
-        [&]() -> Result<Document> { return detail::parseDecoded(detail::decodeBytes(bytes, options.encoding), options); });
+    return detail::guarded([&]() -> Result<Document> {
+        return detail::parseDecoded(detail::decodeBytes(bytes, options.encoding), options);
+    });
 }
 
 inline Result<Document> parse(const void *data, std::size_t size, const ParseOptions &options = {}) noexcept {

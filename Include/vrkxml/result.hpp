@@ -18,19 +18,19 @@ namespace vrkxml {
 
 // Codes of the layer's own, beside the library's ERR_ codes (which stay
 // below 100).  errorName() gives their names.
-constexpr int32_t errMalformedText = 101;     // ERR_MALFORMED_TEXT: bytes that are not UTF-8 or UTF-16
-constexpr int32_t errZeroCharacter = 102;     // ERR_ZERO_CHARACTER: a zero character inside the text
-constexpr int32_t errLoneSurrogate = 103;     // ERR_LONE_SURROGATE: no UTF-8 form for it
-constexpr int32_t errRead = 104;              // ERR_READ: a file or stream could not be read
+constexpr int32_t errMalformedText = 101;  // ERR_MALFORMED_TEXT: bytes that are not UTF-8 or UTF-16
+constexpr int32_t errZeroCharacter = 102;  // ERR_ZERO_CHARACTER: a zero character inside the text
+constexpr int32_t errLoneSurrogate = 103;  // ERR_LONE_SURROGATE: no UTF-8 form for it
+constexpr int32_t errRead = 104;           // ERR_READ: a file or stream could not be read
 // Found by the strict checks only (ParseOptions::strict):
-constexpr int32_t errNotACharacter = 111;     // ERR_NOT_A_CHARACTER
-constexpr int32_t errContentAfterRoot = 112;  // ERR_CONTENT_AFTER_ROOT
-constexpr int32_t errAttributeSpace = 113;    // ERR_ATTRIBUTE_SPACE
+constexpr int32_t errNotACharacter = 111;          // ERR_NOT_A_CHARACTER
+constexpr int32_t errContentAfterRoot = 112;       // ERR_CONTENT_AFTER_ROOT
+constexpr int32_t errAttributeSpace = 113;         // ERR_ATTRIBUTE_SPACE
 constexpr int32_t errDuplicateExpandedName = 114;  // ERR_DUPLICATE_EXPANDED_NAME
-constexpr int32_t errReservedName = 115;      // ERR_RESERVED_NAME
-constexpr int32_t errEmptyNamespaceName = 116;  // ERR_EMPTY_NAMESPACE_NAME
-constexpr int32_t errPITarget = 117;          // ERR_PI_TARGET
-constexpr int32_t errEncodingMismatch = 118;  // ERR_ENCODING_MISMATCH
+constexpr int32_t errReservedName = 115;           // ERR_RESERVED_NAME
+constexpr int32_t errEmptyNamespaceName = 116;     // ERR_EMPTY_NAMESPACE_NAME
+constexpr int32_t errPITarget = 117;               // ERR_PI_TARGET
+constexpr int32_t errEncodingMismatch = 118;       // ERR_ENCODING_MISMATCH
 
 // A failure.  For a failure in a text, `offset` counts from the start of the
 // caller's text in its own units (bytes for bytes, 16-bit units for a
@@ -61,9 +61,9 @@ public:
     bool ok() const noexcept { return state_.index() == 0; }
     explicit operator bool() const noexcept { return ok(); }
 
-    T &value() & noexcept { return *std::get_if<0>(&state_); }
-    const T &value() const & noexcept { return *std::get_if<0>(&state_); }
-    T &&value() && noexcept { return std::move(*std::get_if<0>(&state_)); }
+    T &value() &noexcept { return *std::get_if<0>(&state_); }
+    const T &value() const &noexcept { return *std::get_if<0>(&state_); }
+    T &&value() &&noexcept { return std::move(*std::get_if<0>(&state_)); }
     const Error &error() const noexcept { return *std::get_if<1>(&state_); }
 
 private:

@@ -180,8 +180,9 @@ private:
             return {errEncodingMismatch, where, "the text declares " + name + " but is UTF-16"};
         }
         if (decoded_.markAdded) {
-            return {errEncodingMismatch, 1, "UTF-16 text without a byte order mark that does not declare "
-                                            "UTF-16LE or UTF-16BE"};
+            return {errEncodingMismatch, 1,
+                    "UTF-16 text without a byte order mark that does not declare "
+                    "UTF-16LE or UTF-16BE"};
         }
         return {};
     }
@@ -192,12 +193,14 @@ private:
         const std::u16string_view target = text_.substr(start, end - start);
         i = behind(end, u"?>");
         if (sameAsciiNoCase(target, u"xml")) {
-            return {errPITarget, start, "the target xml, in any case, is kept for the XML declaration at the "
-                                        "very beginning of the text"};
+            return {errPITarget, start,
+                    "the target xml, in any case, is kept for the XML declaration at the "
+                    "very beginning of the text"};
         }
         if (target.find(u':') != std::u16string_view::npos) {
-            return {errPITarget, start + target.find(u':'), "a processing instruction target holds no colon "
-                                                            "where namespaces apply"};
+            return {errPITarget, start + target.find(u':'),
+                    "a processing instruction target holds no colon "
+                    "where namespaces apply"};
         }
         if (!isSpace(at(end)) && !startsWith(end, u"?>")) {
             return {errPITarget, end, "white space must separate a processing instruction's target from its data"};
@@ -280,8 +283,10 @@ private:
     }
 
     static Violation misspelt(std::u16string_view prefix, std::size_t where) {
-        return {errReservedName, where, "the prefix " + toUtf8(prefix) + " is not declared: only xml and xmlns, "
-                                        "in lower case, are reserved, but libvrkxml takes it for one of them"};
+        return {errReservedName, where,
+                "the prefix " + toUtf8(prefix) +
+                    " is not declared: only xml and xmlns, "
+                    "in lower case, are reserved, but libvrkxml takes it for one of them"};
     }
 
     static Violation duplicateViolation(const std::vector<const vrkNode *> &attributes,
@@ -293,9 +298,8 @@ private:
         const auto key = [&](std::size_t k) {
             return std::make_pair(namespaceURI(attributes[k]), localPart(attributes[k]));
         };
-        std::sort(named.begin(), named.end(), [&](std::size_t a, std::size_t b) {
-            return key(a) != key(b) ? key(a) < key(b) : a < b;
-        });
+        std::sort(named.begin(), named.end(),
+                  [&](std::size_t a, std::size_t b) { return key(a) != key(b) ? key(a) < key(b) : a < b; });
         Violation found;
         for (std::size_t n = 1; n < named.size(); ++n) {
             const std::size_t second = named[n];

@@ -86,9 +86,7 @@ inline CodePoint codePointAt(std::u16string_view text, std::size_t i) noexcept {
 }
 
 // Bytes of the UTF-8 form of c (a surrogate by itself takes three).
-constexpr std::size_t utf8Length(char32_t c) noexcept {
-    return c < 0x80 ? 1 : c < 0x800 ? 2 : c < 0x10000 ? 3 : 4;
-}
+constexpr std::size_t utf8Length(char32_t c) noexcept { return c < 0x80 ? 1 : c < 0x800 ? 2 : c < 0x10000 ? 3 : 4; }
 
 // Writes the UTF-8 form of c to bytes and returns its length.
 inline std::size_t encodeUtf8(char32_t c, char *bytes) noexcept {

@@ -113,9 +113,7 @@ private:
 };
 
 // The children of node, of every kind, in order; empty for null.
-inline NodeRange children(const vrkNode *node) noexcept {
-    return NodeRange(node ? node->firstChild : nullptr);
-}
+inline NodeRange children(const vrkNode *node) noexcept { return NodeRange(node ? node->firstChild : nullptr); }
 
 // The attributes of element in map order; empty for null.
 inline NodeRange attributes(const vrkNode *element) noexcept {

@@ -123,8 +123,7 @@ inline bool elementOnly(const vrkNode *element) noexcept {
 
 // Puts a line break and the indentation of `depth` levels ahead of `before`,
 // or at the end without it.
-inline Status breakLine(vrkNode *element, vrkNode *before, std::u16string &line, std::size_t depth,
-                        std::size_t width) {
+inline Status breakLine(vrkNode *element, vrkNode *before, std::u16string &line, std::size_t depth, std::size_t width) {
     constexpr std::size_t kDeepest = 64;  // deeper levels are indented as this one
     line.assign(1, u'\n');
     line.append(width * std::min(depth, kDeepest), u' ');

@@ -129,8 +129,8 @@ Outcome runStrict(const TestCase &test, const std::string &bytes) {
     const auto parsed = vrkxml::parse(bytes, options);
     if (parsed) return judge(test, parsed.value().node(), "");
     const vrkxml::Error &error = parsed.error();
-    return judge(test, nullptr, std::string(vrkxml::errorName(error.code)) + " at " + std::to_string(error.offset) + ": " +
-                                    error.message);
+    const std::string words = vrkxml::errorName(error.code);
+    return judge(test, nullptr, words + " at " + std::to_string(error.offset) + ": " + error.message);
 }
 
 struct Expectation {
@@ -279,7 +279,8 @@ int main(int argc, char **argv) {
             if (outcome.kind == "agrees") {
                 ++summary.agreeing[mode];
             } else {
-                const std::string rule = expected == expectations.end() ? "(no reason recorded)" : expected->second.reason;
+                const std::string rule =
+                    expected == expectations.end() ? "(no reason recorded)" : expected->second.reason;
                 summary.differentByReason[mode][rule].push_back(test.id);
             }
         }

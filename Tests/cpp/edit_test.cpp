@@ -13,7 +13,8 @@ namespace {
 
 std::string written(const vrkNode *node) {
     auto bytes = vrkxml::serialize(node, vrkxml::Encoding::utf8);
-    return bytes ? bytes.value().substr(39) : "error: " + bytes.error().message;  // behind the header
+    return bytes ? bytes.value().substr(39)
+                 : "error: " + bytes.error().message;  // behind the header
 }
 
 TEST(CppEdit, AttributesByNameInUtf8OrUtf16) {
@@ -29,11 +30,13 @@ TEST(CppEdit, AttributesByNameInUtf8OrUtf16) {
     EXPECT_FALSE(vrkxml::removeAttribute(root, u"p:b"));
     EXPECT_EQ(written(root), "<r a=\"\xF0\x9F\x98\x80\" xmlns:p=\"urn:p\" c\xC3\xA9=\"3\"></r>\n");
     EXPECT_EQ(vrkxml::setAttribute(root, "x", "\xC3").error().code, vrkxml::errMalformedText);
-    EXPECT_EQ(vrkxml::setAttribute(root->firstChild, "x", "1").error().code, ERR_HIERARCHY_REQUEST);
+    EXPECT_EQ(vrkxml::setAttribute(root->firstChild, "x", "1").error().code,
+              ERR_HIERARCHY_REQUEST);
 }
 
 TEST(CppEdit, FindsElementsByLocalNameAndNamespace) {
-    auto parsed = vrkxml::parse("<r xmlns:p='urn:p'><p:item n='1'/><item n='2'><item n='3'/></item></r>");
+    auto parsed =
+        vrkxml::parse("<r xmlns:p='urn:p'><p:item n='1'/><item n='2'><item n='3'/></item></r>");
     ASSERT_TRUE(parsed.ok());
     const vrkNode *root = parsed.value().root();
     EXPECT_EQ(vrkxml::attribute(vrkxml::findChild(root, "item"), "n"), u"2");
@@ -58,7 +61,8 @@ TEST(CppEdit, NewNodesAndMovesKeepEveryNodeOwned) {
     EXPECT_TRUE(vrkxml::move(root->firstChild, b, b->firstChild).ok());
     EXPECT_EQ(vrkxml::move(root, b).error().code, ERR_HIERARCHY_REQUEST);
     // A document takes no second root: the moved node goes back where it was.
-    EXPECT_EQ(vrkxml::move(b->firstChild, parsed.value().node()).error().code, ERR_HIERARCHY_REQUEST);
+    EXPECT_EQ(vrkxml::move(b->firstChild, parsed.value().node()).error().code,
+              ERR_HIERARCHY_REQUEST);
     EXPECT_EQ(written(root), "<r><b><a></a><c></c></b><x:e>t</x:e></r>\n");
     auto refused = vrkxml::makeText("t");
     EXPECT_FALSE(vrkxml::append(parsed.value().node(), refused.value()).ok());
@@ -70,24 +74,26 @@ TEST(CppEdit, IndentBreaksElementOnlyContentAndKeepsText) {
     auto parsed = vrkxml::parse("<r>\n <a> x </a><b><?p?><c/></b>  </r>");
     ASSERT_TRUE(parsed.ok());
     ASSERT_TRUE(vrkxml::indent(parsed.value().node(), 1).ok());
-    EXPECT_EQ(written(parsed.value().node()), "<r>\n <a> x </a>\n <b>\n  <?p?>\n  <c></c>\n </b>\n</r>\n");
+    EXPECT_EQ(written(parsed.value().node()),
+              "<r>\n <a> x </a>\n <b>\n  <?p?>\n  <c></c>\n </b>\n</r>\n");
 }
 
 TEST(CppEdit, RefusedAllocationsAreErrorsAndLeakNothing) {
     vrktest::forEachAllocationFailure([](const vrktest::AllocationRun &) {
         vrkxml::ParseOptions options;
         options.strict = true;
-        auto parsed = vrkxml::parse("<r xmlns:p='urn:p'><p:a k='v'>\xF0\x9F\x98\x80</p:a></r>", options);
+        auto parsed =
+            vrkxml::parse("<r xmlns:p='urn:p'><p:a k='v'>\xF0\x9F\x98\x80</p:a></r>", options);
         if (!parsed) {
             EXPECT_EQ(parsed.error().code, ERR_OUT_OF_MEMORY) << parsed.error().message;
             return;
         }
         vrkNode *root = parsed.value().root();
         auto element = vrkxml::makeElement("e");
-        const vrkxml::Status steps[] = {vrkxml::setAttribute(root, "k", "w"),
-                                        vrkxml::setAttribute(root, "n", "1"),
-                                        element ? vrkxml::append(root, element.value()) : element.error(),
-                                        vrkxml::move(root->firstChild, root), vrkxml::indent(root, 2)};
+        const vrkxml::Status steps[] = {
+            vrkxml::setAttribute(root, "k", "w"), vrkxml::setAttribute(root, "n", "1"),
+            element ? vrkxml::append(root, element.value()) : element.error(),
+            vrkxml::move(root->firstChild, root), vrkxml::indent(root, 2)};
         for (const vrkxml::Status &step : steps) {
             EXPECT_EQ(step.ok() ? ERR_OUT_OF_MEMORY : step.error().code, ERR_OUT_OF_MEMORY);
         }

@@ -28,17 +28,18 @@ TEST(CppMessages, HintsNameTheCommonCauses) {
         std::string_view text;
         std::string_view hint;
     };
-    for (const Case &c : {Case{"", "the text is empty"},
-                          {"<!DOCTYPE html>\n<html/>", "document type declarations are not supported"},
-                          {"<p>a & b</p>", "& must be written &amp;"},
-                          {"<p>&copy;</p>", "&copy; is not one of the five predefined entities"},
-                          {"<p>a < b</p>", "< must be written &lt;"},
-                          {"<p x='a<b'/>", "< must be written &lt; in attribute values"},
-                          {"<a><b></a>", "the end tag </a> does not match"},
-                          {"<a>&#x1F600;</a>", "a character reference beyond U+FFFF is refused"},
-                          {"<a\xF0\x90\x80\x80/>", "U+10000 may stand in names since the fifth edition"},
-                          {"<?xml version='1.0' encoding='latin1'?><a/>", "iconv -f latin1 -t UTF-8"},
-                          {"<a x/>", "every attribute has a quoted value"}}) {
+    for (const Case &c :
+         {Case{"", "the text is empty"},
+          {"<!DOCTYPE html>\n<html/>", "document type declarations are not supported"},
+          {"<p>a & b</p>", "& must be written &amp;"},
+          {"<p>&copy;</p>", "&copy; is not one of the five predefined entities"},
+          {"<p>a < b</p>", "< must be written &lt;"},
+          {"<p x='a<b'/>", "< must be written &lt; in attribute values"},
+          {"<a><b></a>", "the end tag </a> does not match"},
+          {"<a>&#x1F600;</a>", "a character reference beyond U+FFFF is refused"},
+          {"<a\xF0\x90\x80\x80/>", "U+10000 may stand in names since the fifth edition"},
+          {"<?xml version='1.0' encoding='latin1'?><a/>", "iconv -f latin1 -t UTF-8"},
+          {"<a x/>", "every attribute has a quoted value"}}) {
         const auto parsed = vrkxml::parse(c.text);
         ASSERT_FALSE(parsed.ok()) << c.text;
         EXPECT_NE(parsed.error().hint.find(c.hint), std::string::npos)

@@ -10,8 +10,9 @@ namespace {
 
 using namespace std::string_literals;
 
-const std::string kWide = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
-                          "<a x=\"\xF0\x9F\x98\x80\">\xF0\x9D\x84\x9E \xC3\xA9</a>\n";
+const std::string kWide =
+    "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
+    "<a x=\"\xF0\x9F\x98\x80\">\xF0\x9D\x84\x9E \xC3\xA9</a>\n";
 
 std::string utf8Of(const vrkxml::Result<vrkxml::Document> &parsed) {
     if (!parsed) return "error: " + parsed.error().message;
@@ -44,7 +45,8 @@ TEST(CppUnicode, Utf16InEitherByteOrderWithOrWithoutAMark) {
     for (const bool bigEndian : {false, true}) {
         for (const bool mark : {false, true}) {
             const std::string bytes = utf16Bytes(units, bigEndian, mark);
-            EXPECT_EQ(utf8Of(vrkxml::parse(bytes)), kWide) << "big-endian " << bigEndian << ", mark " << mark;
+            EXPECT_EQ(utf8Of(vrkxml::parse(bytes)), kWide)
+                << "big-endian " << bigEndian << ", mark " << mark;
         }
     }
     const auto odd = vrkxml::parse(utf16Bytes(u"<a/>", true, true) + "\x01");

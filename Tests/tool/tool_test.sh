@@ -79,8 +79,9 @@ expect_status 2 "json"
     printf '{"file":"bad.xml","accepted":false,"line":3,"column":9,"offset":19,"code":9,'
     printf '"name":"ERR_COMMENT_HYPHENS","message":"two hyphens (--) inside a comment",'
     printf '"hint":"-- may not stand inside a comment, and a comment may not end with --->"}\n'
-    printf '{"file":"missing.xml","accepted":false,"line":null,"column":null,"offset":null,"code":104,'
-    printf '"name":"ERR_READ","message":"cannot read missing.xml: No such file or directory","hint":null}\n'
+    printf '{"file":"missing.xml","accepted":false,"line":null,"column":null,"offset":null,'
+    printf '"code":104,"name":"ERR_READ",'
+    printf '"message":"cannot read missing.xml: No such file or directory","hint":null}\n'
 } >want
 expect_file out want "json"
 
@@ -101,7 +102,10 @@ expect_status 0 "cat --utf16"
 
 # Characters beyond U+FFFF come back byte for byte, from UTF-8 and from
 # UTF-16 big-endian without a mark.
-printf '<?xml version="1.0" encoding="UTF-8"?>\n<a x="\360\237\230\200">\360\235\204\236</a>\n' >wide.xml
+{
+    printf '<?xml version="1.0" encoding="UTF-8"?>\n'
+    printf '<a x="\360\237\230\200">\360\235\204\236</a>\n'
+} >wide.xml
 run cat wide.xml
 expect_status 0 "cat beyond U+FFFF"
 expect_file out wide.xml "cat beyond U+FFFF"
@@ -111,7 +115,10 @@ expect_file out wide.xml "cat UTF-16BE without a mark"
 
 printf '<r><a>x</a>  <b><c/></b></r>' >flat.xml
 run cat --indent=3 flat.xml
-printf '<?xml version="1.0" encoding="UTF-8"?>\n<r>\n   <a>x</a>\n   <b>\n      <c></c>\n   </b>\n</r>\n' >want
+{
+    printf '<?xml version="1.0" encoding="UTF-8"?>\n'
+    printf '<r>\n   <a>x</a>\n   <b>\n      <c></c>\n   </b>\n</r>\n'
+} >want
 expect_file out want "cat --indent=3"
 
 run cat bad.xml
@@ -156,8 +163,8 @@ expect_line err 'latin.xml:1:4: error: ERR_MALFORMED_TEXT (code 101)' "malformed
 
 # Options: known ones per command, anything else refused with the usage.
 for args in "" "check" "cat --utf16" "tree" "check --quiet good.xml" "frobnicate good.xml" \
-    "--frobnicate" "cat --indent=x good.xml" "cat --indent=17 good.xml" "check --format=xml good.xml" \
-    "tree --utf16 good.xml" "cat good.xml good.xml"; do
+    "--frobnicate" "cat --indent=x good.xml" "cat --indent=17 good.xml" \
+    "check --format=xml good.xml" "tree --utf16 good.xml" "cat good.xml good.xml"; do
     # shellcheck disable=SC2086
     run $args
     expect_status 2 "vrkxml $args"

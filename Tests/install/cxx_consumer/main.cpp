@@ -6,10 +6,12 @@
 #include <vrkxml.hpp>
 
 int main() {
-    const std::string text = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<root>\xF0\x9F\x98\x80</root>\n";
+    const std::string text =
+        "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<root>\xF0\x9F\x98\x80</root>\n";
     auto parsed = vrkxml::parse(text);
     if (!parsed) {
-        std::printf("%s at %lld:%lld\n", parsed.error().message.c_str(), static_cast<long long>(parsed.error().line),
+        std::printf("%s at %lld:%lld\n", parsed.error().message.c_str(),
+                    static_cast<long long>(parsed.error().line),
                     static_cast<long long>(parsed.error().column));
         return 1;
     }
@@ -18,5 +20,9 @@ int main() {
     const auto out = vrkxml::serialize(parsed.value().node(), vrkxml::Encoding::utf8);
     std::printf("%s", out ? out.value().c_str() : out.error().message.c_str());
     const bool found = vrkxml::findChild(parsed.value().root(), "item") != nullptr;
-    return found && out && out.value().find("<root>\xF0\x9F\x98\x80<item></item></root>") != std::string::npos ? 0 : 1;
+    return found && out &&
+                   out.value().find("<root>\xF0\x9F\x98\x80<item></item></root>") !=
+                       std::string::npos
+               ? 0
+               : 1;
 }
