@@ -18,8 +18,9 @@ namespace vrkxml {
 // UniChar is uint16_t, a type distinct from char16_t.  Both are 16-bit
 // unsigned integers with the same size, alignment and representation, so the
 // units of a library string are read as char16_t in place.  The strings a
-// tree holds are either blocks from malloc or static UniChar arrays, so they
-// are suitably aligned for char16_t too.
+// tree holds (in their node's block, in blocks of their own, or static
+// UniChar arrays) all begin on a UniChar boundary, so they are suitably
+// aligned for char16_t too.
 static_assert(sizeof(UniChar) == sizeof(char16_t), "UniChar and char16_t differ in size");
 static_assert(alignof(UniChar) == alignof(char16_t), "UniChar and char16_t differ in alignment");
 
