@@ -82,16 +82,21 @@ VRK_EXPORT int32_t Produce_content(ProduceContext *context) {
     for (;;) {
         Produce_CharData(context);  // its error, if any, stays pending
 
-        Token name;
-        int32_t hasContent = 0;
-        int32_t result = Produce_STagOREmptyElemTag(context, &name, &hasContent);
-        if (result == PRODUCE_OK && hasContent != 0) {
-            // A child with content: read its content in this same loop.
-            context->depth += 1;
-            ++open;
-            continue;
+        // An end tag is no start tag, reference, CDATA section, PI or
+        // comment: the content ends there without asking each of them.
+        int32_t result = PRODUCE_NO_MATCH;
+        if (!vrk::startsWith(context->cursor, kEndTagStart)) {
+            Token name;
+            int32_t hasContent = 0;
+            result = Produce_STagOREmptyElemTag(context, &name, &hasContent);
+            if (result == PRODUCE_OK && hasContent != 0) {
+                // A child with content: read its content in this same loop.
+                context->depth += 1;
+                ++open;
+                continue;
+            }
+            if (result == PRODUCE_NO_MATCH) result = produceOtherContent(context);
         }
-        if (result == PRODUCE_NO_MATCH) result = produceOtherContent(context);
         if (result == PRODUCE_OK) continue;
         if (result == PRODUCE_ERROR) return PRODUCE_ERROR;
 
