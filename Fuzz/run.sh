@@ -32,13 +32,10 @@ if [[ ${1:-} == --replay ]]; then
 fi
 
 seconds=${1:-60}
-# The conformance suite seeds the corpora when its zip is at hand.
-zip=${VRKXML_CONFORMANCE_ZIP:-$root/../shared/xmlts20130923.zip}
-suite=
-if [[ -f $zip ]]; then
-  suite=$build/xmlts
-  [[ -d $suite/xmlconf ]] || { mkdir -p "$suite" && (cd "$suite" && cmake -E tar xf "$zip"); }
-fi
+# The conformance suite (kept in the repository) seeds the corpora.
+suite=$build/xmlts
+[[ -d $suite/xmlconf ]] || { mkdir -p "$suite" &&
+  (cd "$suite" && cmake -E tar xf "$root/Tests/conformance/xmlts20130923.zip"); }
 bash "$here/make_corpus.sh" "$build/corpus" "$suite"
 
 for t in "${targets[@]}"; do
