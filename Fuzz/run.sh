@@ -10,6 +10,7 @@ root=$(dirname "$here")
 build=$root/build-fuzz
 targets=(fuzz_parse fuzz_round_trip fuzz_edit fuzz_oom)
 
+bash "$root/scripts/bootstrap.sh" fuzz || exit 2
 mkdir -p "$build"
 cmake -S "$here" -B "$build" -DCMAKE_CXX_COMPILER=clang++ -DCMAKE_C_COMPILER=clang > "$build/configure.log" 2>&1 &&
   cmake --build "$build" -j "$(nproc)" > "$build/build.log" 2>&1 ||
