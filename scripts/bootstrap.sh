@@ -33,11 +33,15 @@ add_step() {
         coverage) add_step test; add g++ gcovr ;;
         memcheck) add_step test; add valgrind ;;
         tsan) add_step test ;;
-        bench) add_step build; add libbenchmark-dev python3 libpugixml-dev libxml2-dev libexpat1-dev \
-                                   libtinyxml2-dev libxerces-c-dev ;;
+        bench)
+            add_step build
+            add libbenchmark-dev python3 libpugixml-dev libxml2-dev libexpat1-dev libtinyxml2-dev \
+                libxerces-c-dev ;;
         fuzz) add cmake make clang libclang-rt-14-dev ;;
-        *) echo "bootstrap: unknown step '$1' (build, test, sanitize, coverage, memcheck, tsan, bench, fuzz)" >&2
-           exit 2 ;;
+        *)
+            echo "bootstrap: unknown step '$1'" \
+                 "(build, test, sanitize, coverage, memcheck, tsan, bench, fuzz)" >&2
+            exit 2 ;;
     esac
 }
 (($#)) || set -- build

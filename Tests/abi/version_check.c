@@ -15,14 +15,17 @@ int main(int argc, char **argv) {
     snprintf(numbers, sizeof numbers, "%d.%d.%d", VRKXML_VERSION_MAJOR, VRKXML_VERSION_MINOR,
              VRKXML_VERSION_PATCH);
     if (strcmp(numbers, VRKXML_VERSION_STRING) != 0) {
-        printf("VRKXML_VERSION_STRING is %s, the three numbers say %s\n", VRKXML_VERSION_STRING, numbers);
+        printf("VRKXML_VERSION_STRING is %s, the three numbers say %s\n", VRKXML_VERSION_STRING,
+               numbers);
         failed = 1;
     }
     if (strcmp(VRKXML_BUILD_VERSION, VRKXML_VERSION_STRING) != 0) {
-        printf("the build's version is %s, the header's %s\n", VRKXML_BUILD_VERSION, VRKXML_VERSION_STRING);
+        printf("the build's version is %s, the header's %s\n", VRKXML_BUILD_VERSION,
+               VRKXML_VERSION_STRING);
         failed = 1;
     }
-    if (fileLength < versionLength || strcmp(file + fileLength - versionLength, VRKXML_VERSION_STRING) != 0) {
+    if (fileLength < versionLength ||
+        strcmp(file + fileLength - versionLength, VRKXML_VERSION_STRING) != 0) {
         printf("the shared library is %s, the header's version %s\n", file, VRKXML_VERSION_STRING);
         failed = 1;
     }

@@ -48,13 +48,17 @@ grep -qx 'CMAKE_BUILD_TYPE:STRING=' "$cache" ||
     fail "the parent's empty build type was changed: $(grep '^CMAKE_BUILD_TYPE:' "$cache")"
 for option in VRKXML_BUILD_TESTS VRKXML_BUILD_EXAMPLES VRKXML_BUILD_TOOL VRKXML_BUILD_BENCH \
               VRKXML_WARNINGS_AS_ERRORS; do
-    grep -qx "$option:BOOL=OFF" "$cache" || fail "$option is not OFF by default under a parent"
+    grep -qx "$option:BOOL=OFF" "$cache" ||
+        fail "$option is not OFF by default under a parent"
 done
-grep -q -- '-Werror' "$build/compile_commands.json" && fail "-Werror reaches the parent's compile commands"
-compiled_as "$build" '-std=(c|gnu)\+\+(23|2b) ' || fail "the parent's C++23 is not used for the library"
+grep -q -- '-Werror' "$build/compile_commands.json" &&
+    fail "-Werror reaches the parent's compile commands"
+compiled_as "$build" '-std=(c|gnu)\+\+(23|2b) ' ||
+    fail "the parent's C++23 is not used for the library"
 
 if cmake --build "$build" -j2 >"$build.build.log" 2>&1; then
-    grep -q 'warning:' "$build.build.log" || fail "the parent's extra warnings never fired, so this proves nothing"
+    grep -q 'warning:' "$build.build.log" ||
+        fail "the parent's extra warnings never fired, so this proves nothing"
     output=$("$build/parent_app")
     [ "$output" = "children 2" ] || fail "the parent's program printed '$output', not 'children 2'"
 else
