@@ -4,7 +4,9 @@
 #include <malloc.h>
 
 #include <algorithm>
+#include <cstdlib>
 #include <cstring>
+#include <unordered_map>
 
 extern "C" {
 void *__real_malloc(std::size_t size);
@@ -55,6 +57,37 @@ std::size_t arenaSize(void *block) {
     return size;
 }
 
+// The log being recorded, if any, and which event made each live block.
+struct LogState {
+    std::vector<vrkperf::AllocationLog::Event> events;
+    std::unordered_map<void *, std::size_t> makers;
+};
+LogState *gLog = nullptr;
+
+void logAllocation(void *block, std::size_t size) {
+    if (gLog == nullptr || block == nullptr) return;
+    gLog->makers[block] = gLog->events.size();
+    gLog->events.push_back({vrkperf::AllocationLog::Event::Allocate, size, 0});
+}
+
+void logReallocation(void *block, void *moved, std::size_t size) {
+    if (gLog == nullptr || moved == nullptr) return;
+    const auto maker = block == nullptr ? gLog->makers.end() : gLog->makers.find(block);
+    if (maker == gLog->makers.end()) return logAllocation(moved, size);
+    const std::size_t made = maker->second;
+    gLog->makers.erase(maker);
+    gLog->makers[moved] = gLog->events.size();
+    gLog->events.push_back({vrkperf::AllocationLog::Event::Reallocate, size, made});
+}
+
+void logRelease(void *block) {
+    if (gLog == nullptr || block == nullptr) return;
+    const auto maker = gLog->makers.find(block);
+    if (maker == gLog->makers.end()) return;
+    gLog->events.push_back({vrkperf::AllocationLog::Event::Release, 0, maker->second});
+    gLog->makers.erase(maker);
+}
+
 std::int64_t usable(void *block) { return block == nullptr ? 0 : static_cast<std::int64_t>(malloc_usable_size(block)); }
 
 void added(void *block) {
@@ -72,6 +105,7 @@ extern "C" void *__wrap_malloc(std::size_t size) {
     }
     void *block = __real_malloc(size);
     if (gTracking) added(block);
+    logAllocation(block, size);
     return block;
 }
 
@@ -81,6 +115,7 @@ extern "C" void *__wrap_calloc(std::size_t count, std::size_t size) {
     }
     void *block = __real_calloc(count, size);
     if (gTracking) added(block);
+    logAllocation(block, count * size);
     return block;
 }
 
@@ -92,9 +127,10 @@ extern "C" void *__wrap_realloc(void *block, std::size_t size) {
         }
         if (block != nullptr) return nullptr;  // an arena block cannot move to the C library's heap
     }
-    if (!gTracking) return __real_realloc(block, size);
-    const std::int64_t before = usable(block);
+    const std::int64_t before = gTracking ? usable(block) : 0;
     void *moved = __real_realloc(block, size);
+    logReallocation(block, moved, size);
+    if (!gTracking) return moved;
     if (moved != nullptr) {
         gLiveBytes -= before;
         added(moved);
@@ -107,6 +143,7 @@ extern "C" void *__wrap_realloc(void *block, std::size_t size) {
 extern "C" void __wrap_free(void *block) {
     if (inArena(block)) return;
     if (gTracking) gLiveBytes -= usable(block);
+    logRelease(block);
     __real_free(block);
 }
 
@@ -143,6 +180,38 @@ bool Arena::sufficed() const { return !gArenaOverflowed; }
 std::uint64_t Tracking::allocations() const { return gAllocations; }
 
 std::int64_t Tracking::peakBytes() const { return gPeakBytes; }
+
+AllocationLog::AllocationLog() { gLog = new LogState; }
+
+AllocationLog::~AllocationLog() {
+    delete gLog;
+    gLog = nullptr;
+}
+
+const std::vector<AllocationLog::Event> &AllocationLog::events() const { return gLog->events; }
+
+std::size_t AllocationLog::allocations() const {
+    return static_cast<std::size_t>(std::count_if(gLog->events.begin(), gLog->events.end(),
+                                                  [](const Event &event) { return event.kind == Event::Allocate; }));
+}
+
+void replay(const std::vector<AllocationLog::Event> &events, std::vector<void *> &blocks) {
+    blocks.resize(events.size());
+    for (std::size_t i = 0; i < events.size(); ++i) {
+        const AllocationLog::Event &event = events[i];
+        switch (event.kind) {
+        case AllocationLog::Event::Allocate:
+            blocks[i] = std::malloc(event.size);
+            break;
+        case AllocationLog::Event::Reallocate:
+            blocks[i] = std::realloc(blocks[event.block], event.size);
+            break;
+        case AllocationLog::Event::Release:
+            std::free(blocks[event.block]);
+            break;
+        }
+    }
+}
 
 std::size_t heapInUse() {
     const struct mallinfo2 info = mallinfo2();

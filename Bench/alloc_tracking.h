@@ -10,6 +10,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <vector>
 
 namespace vrkperf {
 
@@ -29,6 +30,31 @@ public:
     // lower the running count but never the peak.
     std::int64_t peakBytes() const;
 };
+
+// While alive, records every allocation, reallocation and release that
+// goes through the wrappers, in order, so that replay() can make exactly
+// the same calls again (with the same sizes, on the blocks they then give)
+// and nothing else.  One at a time, on the thread that runs the benchmarks.
+class AllocationLog {
+public:
+    AllocationLog();
+    ~AllocationLog();
+    AllocationLog(const AllocationLog &) = delete;
+    AllocationLog &operator=(const AllocationLog &) = delete;
+
+    struct Event {
+        enum Kind { Allocate, Reallocate, Release } kind;
+        std::size_t size;   // Allocate, Reallocate
+        std::size_t block;  // Reallocate, Release: the event that made the block
+    };
+    // The events so far; blocks older than the log are left out.
+    const std::vector<Event> &events() const;
+    // Number of Allocate events.
+    std::size_t allocations() const;
+};
+
+// Makes the calls of a recorded log once; `blocks` is scratch space.
+void replay(const std::vector<AllocationLog::Event> &events, std::vector<void *> &blocks);
 
 // While alive, the library's allocations come from one preallocated region
 // by bumping a pointer and its frees cost nothing, so that a timed parse

@@ -108,17 +108,15 @@ def main():
     size = lambda d: next((r["MB"] for (doc, _, _), r in runs.items() if doc == d and "MB" in r), None)
 
     # Parse + destroy against the peers and the floor.
+    compared = [k for k in ("libxml2", "tinyxml2") if k in dict(peers)]
     header = ["document", "MB", "libvrkxml"] + [n for _, n in peers] + ["malloc floor"]
-    if "libxml2" in dict(peers):
-        header.append("ours ÷ libxml2")
-    header.append("ours ÷ floor")
+    header += [f"ours ÷ {k}" for k in compared] + ["ours ÷ floor"]
     rows = []
     for d in documents:
         ours = mbps(run(d, "vrkxml", "parse_destroy"))
         floor = mbps(run(d, "floor", "malloc_free"))
         row = [d, (size(d), 2), (ours, 0)] + [(mbps(run(d, k, "parse_destroy")), 0) for k, _ in peers] + [(floor, 0)]
-        if "libxml2" in dict(peers):
-            row.append((ratio(ours, mbps(run(d, "libxml2", "parse_destroy"))), 2))
+        row += [(ratio(ours, mbps(run(d, k, "parse_destroy"))), 2) for k in compared]
         row.append((ratio(ours, floor), 2))
         rows.append(row)
     print("### Parse + destroy, MB/s\n")

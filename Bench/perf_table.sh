@@ -4,8 +4,10 @@
 # tables of Docs/performance.md (parse + destroy against the peers and the
 # malloc floor, serialization, our other operations, memory).
 #
-# Usage: Bench/perf_table.sh [benchmark arguments]
+# Usage: Bench/perf_table.sh [--real] [benchmark arguments]
 #   e.g. Bench/perf_table.sh --sizes=1,10,100 --file=some.xml
+# --real adds the real-world files of Bench/real_files.sh (files that Debian
+# packages ship, their document type declarations cut out).
 # Environment: VRKXML_PERF_MIN_TIME (seconds per case and repetition,
 # default 0.1), VRKXML_PERF_REPETITIONS (default 3, run in random order
 # across the cases; the tables show medians and list the cases that spread
@@ -15,17 +17,19 @@
 # two cores.
 set -euo pipefail
 
-root=$(cd "$(dirname "$0")/.." && pwd)
-build="$root/build-perf"
+source "$(dirname "$0")/perf_setup.sh"
 json="$build/parse_bench.json"
 min_time=${VRKXML_PERF_MIN_TIME:-0.1}
 repetitions=${VRKXML_PERF_REPETITIONS:-3}
 
-cmake -S "$root" -B "$build" -DCMAKE_BUILD_TYPE=Release -DVRKXML_BUILD_TESTS=OFF -DVRKXML_BUILD_BENCH=ON >/dev/null
-cmake --build "$build" --target vrkxml_parse_bench -j "$(nproc)" >/dev/null
+if [[ ${1:-} == --real ]]; then
+    shift
+    take_real_files
+fi
+build_bench
 
 command=(Bench/vrkxml_parse_bench "--benchmark_min_time=$min_time" "--benchmark_repetitions=$repetitions"
-    --benchmark_display_aggregates_only=true --benchmark_enable_random_interleaving=true --benchmark_out_format=json --benchmark_out=parse_bench.json "$@")
+    --benchmark_display_aggregates_only=true --benchmark_enable_random_interleaving=true --benchmark_out_format=json --benchmark_out=parse_bench.json "${real[@]}" "$@")
 load=$(cut -d' ' -f1-3 /proc/loadavg)
 echo "running (progress on stderr)..." >&2
 (cd "$build" && "${command[@]}" >&2)

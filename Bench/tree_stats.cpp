@@ -8,18 +8,21 @@
 namespace vrkperf {
 namespace {
 
-// Text, CDATA section and document nodes share a static name; everything
-// else a node points to is its own block.
+void *block(const void *p) { return const_cast<void *>(p); }
+
+// The strings a node points to that are blocks of their own: not a static
+// name (text, CDATA section and document nodes), not inside the node's own
+// block, where the library keeps the strings a node is made with.
 template <class Visit>
-void forEachString(const vrkNode *node, Visit visit) {
+void forEachStringBlock(const vrkNode *node, Visit visit) {
     const bool staticName = node->type == TEXT_NODE || node->type == CDATA_SECTION_NODE || node->type == DOCUMENT_NODE;
-    if (!staticName && node->name != nullptr) visit(node->name);
-    for (const UniChar *s : {node->value, node->namespaceURI, node->prefix, node->localName}) {
-        if (s != nullptr) visit(s);
+    const auto start = reinterpret_cast<uintptr_t>(node);
+    const std::size_t size = malloc_usable_size(block(node));
+    for (const UniChar *s : {staticName ? nullptr : node->name, node->value, node->namespaceURI, node->prefix,
+                             node->localName}) {
+        if (s != nullptr && reinterpret_cast<uintptr_t>(s) - start >= size) visit(s);
     }
 }
-
-void *block(const void *p) { return const_cast<void *>(p); }
 
 }  // namespace
 
@@ -28,23 +31,12 @@ TreeStats measureTree(const vrkNode *document) {
     forEachNode(document, [&](const vrkNode *node) {
         ++stats.nodes;
         stats.bytes += malloc_usable_size(block(node));
-        forEachString(node, [&](const UniChar *s) {
+        forEachStringBlock(node, [&](const UniChar *s) {
             ++stats.strings;
             stats.bytes += malloc_usable_size(block(s));
         });
     });
     return stats;
-}
-
-std::vector<std::size_t> blockSizes(const vrkNode *document) {
-    std::vector<std::size_t> sizes;
-    forEachNode(document, [&](const vrkNode *node) {
-        sizes.push_back(sizeof(vrkNode));
-        forEachString(node, [&](const UniChar *s) {
-            sizes.push_back(2 * (static_cast<std::size_t>(vrkunistrlen(s)) + 1));
-        });
-    });
-    return sizes;
 }
 
 }  // namespace vrkperf

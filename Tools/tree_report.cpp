@@ -10,22 +10,24 @@ namespace {
 
 std::string utf8(const UniChar *s) { return vrkxml::toUtf8(vrkxml::view(s)); }
 
-// A value for one line: quoted, control characters escaped, cut short.
+// A value for one line: quoted, control characters escaped, cut short
+// after 60 characters.
 std::string shown(const UniChar *value) {
-    constexpr std::size_t kMost = 60;
+    constexpr int kMost = 60;
+    const std::string text = utf8(value);
     std::string out(1, '"');
-    std::size_t units = 0;
-    for (const UniChar *p = value; p != nullptr && *p != 0; ++p, ++units) {
-        if (units == kMost) {
+    int characters = 0;
+    for (const char c : text) {
+        const bool lead = (static_cast<unsigned char>(c) & 0xC0) != 0x80;
+        if (lead && characters++ == kMost) {
             out += "...";
             break;
         }
-        const UniChar unit = *p;
-        if (unit == '\n') out += "\\n";
-        else if (unit == '\r') out += "\\r";
-        else if (unit == '\t') out += "\\t";
-        else if (unit == '"' || unit == '\\') out += '\\', out += static_cast<char>(unit);
-        else out += vrkxml::toUtf8(std::u16string_view(reinterpret_cast<const char16_t *>(p), 1));
+        if (c == '\n') out += "\\n";
+        else if (c == '\r') out += "\\r";
+        else if (c == '\t') out += "\\t";
+        else if (c == '"' || c == '\\') out += std::string(1, '\\') + c;
+        else out += c;
     }
     out += '"';
     return out;

@@ -1,10 +1,11 @@
 // Placing a new attribute node into an attribute map: the one place where a
 // set writes the map's list links.  vrkNamedNodeMap_setNamedItem(NS) (and
 // so vrkElementReal_setAttributeNode(NS)) in dom/named_node_map.cpp and the
-// parser's start tag in xmlparser/tag_attributes.cpp both come here; they
-// differ only in how they find the attribute of the same name (a walk of
-// the list, or the start tag's splay tree) and the map's last attribute (a
-// walk, or the one the start tag keeps).  Neither routine touches parent.
+// parser's start tag in xmlparser/start_tag.cpp both come here; they differ
+// only in how they know the attribute of the same name (a walk of the list,
+// or none: the start tag has refused repeated names before it makes nodes)
+// and the map's last attribute (a walk, or the one the start tag made
+// last).  Neither routine touches parent.
 #pragma once
 
 #include "vrkxml.h"

@@ -1,26 +1,16 @@
 // Editing child lists.
+#include "dom/child_append.h"
 #include "dom/dom_exception.h"
 #include "unistring/export.h"
 
 VRK_EXPORT vrkNode *vrkNodeReal_appendChild(const char *callerFile, int32_t callerLine, vrkNode *parent,
                                             vrkNode *newChild, vrkDOMException *exception) {
     if (vrk::exceptionPending(exception)) return nullptr;
-    // A document that has its document element takes only further
-    // processing instructions; no node takes a document.
-    if (newChild->type == DOCUMENT_NODE ||
-        (parent->type == DOCUMENT_NODE && newChild->type != PROCESSING_INSTRUCTION_NODE &&
-         vrkDOM_getDocumentElement(parent) != nullptr)) {
+    if (vrk::refusesChild(parent, newChild)) {
         VRK_RAISE(exception, ERR_HIERARCHY_REQUEST, callerFile, callerLine);
         return nullptr;
     }
-    if (parent->lastChild == nullptr) {
-        parent->firstChild = newChild;
-    } else {
-        newChild->previous = parent->lastChild;
-        parent->lastChild->next = newChild;
-    }
-    newChild->parent = parent;
-    parent->lastChild = newChild;
+    vrk::linkLastChild(parent, newChild);
     return newChild;
 }
 

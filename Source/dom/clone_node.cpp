@@ -1,8 +1,8 @@
-// Copying a single node.
-#include <cstdlib>
+// Copying a single node: one block with copies of all its strings.
+#include <iterator>
 
 #include "dom/dom_exception.h"
-#include "dom/node_alloc.h"
+#include "dom/node_block.h"
 #include "unistring/export.h"
 
 namespace {
@@ -13,12 +13,9 @@ bool hasStaticName(int32_t type) {
     return type == TEXT_NODE || type == CDATA_SECTION_NODE || type == DOCUMENT_NODE;
 }
 
-UniChar *duplicate(const UniChar *s, bool &failed) {
-    if (s == nullptr) return nullptr;
-    UniChar *copy = vrkunistrdup(s);
-    if (copy == nullptr) failed = true;
-    return copy;
-}
+// The strings a copy makes of its own, in the order they are placed.
+constexpr UniChar *vrkNode::*kCopiedStrings[] = {&vrkNode::name, &vrkNode::value, &vrkNode::namespaceURI,
+                                                  &vrkNode::prefix, &vrkNode::localName};
 
 }  // namespace
 
@@ -26,26 +23,24 @@ VRK_EXPORT vrkNode *vrkNodeReal_cloneNode(const char *callerFile, int32_t caller
                                           int32_t /*deep: the copy never takes children*/,
                                           vrkDOMException *exception) {
     if (vrk::exceptionPending(exception)) return nullptr;
-    vrkNode *copy = vrk::allocateNode();
-    if (copy == nullptr) {
-        VRK_RAISE(exception, ERR_OUT_OF_MEMORY, callerFile, callerLine);
-        return nullptr;
-    }
-    copy->type = node->type;
-    bool failed = false;
     const bool sharedName = hasStaticName(node->type);
-    copy->name = sharedName ? node->name : duplicate(node->name, failed);
-    copy->value = duplicate(node->value, failed);
-    copy->namespaceURI = duplicate(node->namespaceURI, failed);
-    copy->prefix = duplicate(node->prefix, failed);
-    copy->localName = duplicate(node->localName, failed);
-    if (!failed) return copy;
-    if (!sharedName) std::free(copy->name);
-    std::free(copy->value);
-    std::free(copy->namespaceURI);
-    std::free(copy->prefix);
-    std::free(copy->localName);
-    std::free(copy);
-    VRK_RAISE(exception, ERR_OUT_OF_MEMORY, callerFile, callerLine);
-    return nullptr;
+    int32_t lengths[std::size(kCopiedStrings)];
+    std::size_t units = 0;
+    for (std::size_t i = 0; i < std::size(kCopiedStrings); ++i) {
+        const UniChar *s = node->*kCopiedStrings[i];
+        const bool copied = s != nullptr && !(i == 0 && sharedName);
+        lengths[i] = copied ? vrkunistrlen(s) : -1;
+        if (copied) units += vrk::roomFor(lengths[i]);
+    }
+    vrkNode *copy = vrk::newNodeBlock(callerFile, callerLine, node->type, units, exception);
+    if (copy == nullptr) return nullptr;
+    if (sharedName) copy->name = node->name;
+    UniChar *room = vrk::roomOf(copy);
+    for (std::size_t i = 0; i < std::size(kCopiedStrings); ++i) {
+        if (lengths[i] >= 0) {
+            copy->*kCopiedStrings[i] =
+                vrk::placeString(room, node->*kCopiedStrings[i], static_cast<std::size_t>(lengths[i]));
+        }
+    }
+    return copy;
 }

@@ -1,6 +1,7 @@
 // Releasing a node and what it owns.
 #include <cstdlib>
 
+#include "dom/node_block.h"
 #include "unistring/export.h"
 #include "vrkxml.h"
 
@@ -10,25 +11,26 @@ bool releasesChildren(const vrkNode *node) {
     return node->type == ELEMENT_NODE || node->type == DOCUMENT_NODE;
 }
 
-// The strings a node owns by its kind; the three static names stay.
+// The strings a node owns by its kind, but those in its own block; the
+// three static names stay.
 void releaseStrings(vrkNode *node) {
     switch (node->type) {
     case ATTRIBUTE_NODE:
-        std::free(node->value);
+        vrk::releaseNodeString(node, node->value);
         [[fallthrough]];
     case ELEMENT_NODE:
-        std::free(node->name);
-        std::free(node->prefix);
-        std::free(node->localName);
-        std::free(node->namespaceURI);
+        vrk::releaseNodeString(node, node->name);
+        vrk::releaseNodeString(node, node->prefix);
+        vrk::releaseNodeString(node, node->localName);
+        vrk::releaseNodeString(node, node->namespaceURI);
         break;
     case TEXT_NODE:
     case CDATA_SECTION_NODE:
-        std::free(node->value);
+        vrk::releaseNodeString(node, node->value);
         break;
     case PROCESSING_INSTRUCTION_NODE:
-        std::free(node->name);
-        std::free(node->value);
+        vrk::releaseNodeString(node, node->name);
+        vrk::releaseNodeString(node, node->value);
         break;
     default:
         break;

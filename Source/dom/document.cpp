@@ -1,14 +1,13 @@
 // Making a document, and the two questions every caller asks of a tree.
 #include "dom/dom_exception.h"
-#include "dom/node_alloc.h"
+#include "dom/node_block.h"
 #include "dom/node_names.h"
 #include "unistring/export.h"
 
 VRK_EXPORT vrkNode *vrkDOMReal_createDocument(const char *callerFile, int32_t callerLine,
                                               vrkDOMException *exception) {
-    vrkNode *document = vrk::newNodeRecord(callerFile, callerLine, exception);
+    vrkNode *document = vrk::newNodeBlock(callerFile, callerLine, DOCUMENT_NODE, 0, exception);
     if (document == nullptr) return nullptr;
-    document->type = DOCUMENT_NODE;
     document->name = vrk::staticName(vrk::kDocumentNodeName);
     return document;
 }

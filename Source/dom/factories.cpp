@@ -1,47 +1,20 @@
-// The node factories.  Each makes all its copies, and either returns a whole
-// node or frees everything it made and reports ERR_OUT_OF_MEMORY.
-#include <cstdlib>
-#include <cstring>
-
-#include "dom/dom_exception.h"
-#include "dom/node_alloc.h"
+// The node factories.  Each node is one block: the record with its strings
+// behind it (dom/node_block.h), so a factory either returns a whole node or
+// makes nothing and reports ERR_OUT_OF_MEMORY.
+#include "dom/node_block.h"
 #include "dom/node_names.h"
 #include "unistring/export.h"
-#include "unistring/unit_access.h"
 
 namespace {
 
-// Frees a half-made node with the strings it owns so far, and reports.
-vrkNode *abandon(vrkNode *node, UniChar *first, UniChar *second, const char *callerFile,
-                 int32_t callerLine, vrkDOMException *exception) {
-    std::free(first);
-    std::free(second);
-    std::free(node);
-    VRK_RAISE(exception, ERR_OUT_OF_MEMORY, callerFile, callerLine);
-    return nullptr;
-}
-
-// The factories that make one copy: a new record of the type, with the
-// length units at units copied into the field copyInto; or, when either
-// block is refused, nothing kept and ERR_OUT_OF_MEMORY reported.  The
-// record comes first, then the copy.
-vrkNode *newNodeWithCopy(const char *callerFile, int32_t callerLine, int32_t type, UniChar *vrkNode::*copyInto,
-                         const UniChar *units, int32_t length, vrkDOMException *exception) {
-    vrkNode *node = vrk::newNodeRecord(callerFile, callerLine, exception);
-    if (node == nullptr) return nullptr;
-    UniChar *copy = vrkUniCharArrayToString(units, length);
-    if (copy == nullptr) return abandon(node, nullptr, nullptr, callerFile, callerLine, exception);
-    node->type = type;
-    node->*copyInto = copy;
-    return node;
-}
-
 // Text and CDATA sections: the copy is the value, the name is static.
-vrkNode *createCharacterNode(const char *callerFile, int32_t callerLine, int32_t type,
-                             const UniChar *name, const UniChar *text, int32_t textLength,
-                             vrkDOMException *exception) {
-    vrkNode *node = newNodeWithCopy(callerFile, callerLine, type, &vrkNode::value, text, textLength, exception);
-    if (node != nullptr) node->name = vrk::staticName(name);
+vrkNode *createCharacterNode(const char *callerFile, int32_t callerLine, int32_t type, const UniChar *name,
+                             const UniChar *text, int32_t textLength, vrkDOMException *exception) {
+    vrkNode *node = vrk::newNodeBlock(callerFile, callerLine, type, vrk::roomFor(textLength), exception);
+    if (node == nullptr) return nullptr;
+    UniChar *room = vrk::roomOf(node);
+    node->name = vrk::staticName(name);
+    node->value = vrk::placeString(room, text, static_cast<std::size_t>(textLength));
     return node;
 }
 
@@ -50,7 +23,11 @@ vrkNode *createCharacterNode(const char *callerFile, int32_t callerLine, int32_t
 VRK_EXPORT vrkNode *vrkDOMReal_createEANode(const char *callerFile, int32_t callerLine, int32_t type,
                                             const UniChar *name, int32_t nameLength,
                                             vrkDOMException *exception) {
-    return newNodeWithCopy(callerFile, callerLine, type, &vrkNode::name, name, nameLength, exception);
+    vrkNode *node = vrk::newNodeBlock(callerFile, callerLine, type, vrk::roomFor(nameLength), exception);
+    if (node == nullptr) return nullptr;
+    UniChar *room = vrk::roomOf(node);
+    node->name = vrk::placeString(room, name, static_cast<std::size_t>(nameLength));
+    return node;
 }
 
 VRK_EXPORT vrkNode *vrkDOMReal_createEANodeNSP(const char *callerFile, int32_t callerLine, int32_t type,
@@ -58,27 +35,20 @@ VRK_EXPORT vrkNode *vrkDOMReal_createEANodeNSP(const char *callerFile, int32_t c
                                                const UniChar *prefix, int32_t prefixLength,
                                                const UniChar *localName, int32_t localNameLength,
                                                vrkDOMException *exception) {
-    vrkNode *node = vrk::newNodeRecord(callerFile, callerLine, exception);
+    // name, prefix, local name and namespace name; the name is prefix:local.
+    const std::size_t prefixRoom = vrk::roomFor(prefixLength);
+    const std::size_t localRoom = vrk::roomFor(localNameLength);
+    const std::size_t uriRoom = namespaceURI != nullptr ? vrk::roomFor(uriLength) : 0;
+    vrkNode *node = vrk::newNodeBlock(callerFile, callerLine, type, 2 * (prefixRoom + localRoom) + uriRoom,
+                                      exception);
     if (node == nullptr) return nullptr;
-    // Every block is asked for before any result is looked at.
-    node->prefix = vrkUniCharArrayToString(prefix, prefixLength);
-    if (namespaceURI != nullptr) node->namespaceURI = vrkUniCharArrayToString(namespaceURI, uriLength);
-    node->localName = vrkUniCharArrayToString(localName, localNameLength);
-    const auto nameUnits = static_cast<std::size_t>(prefixLength) + 1 + static_cast<std::size_t>(localNameLength);
-    node->name = static_cast<UniChar *>(std::malloc(vrk::stringBytes(nameUnits)));
-
-    if (node->name == nullptr || node->prefix == nullptr || node->localName == nullptr ||
-        (namespaceURI != nullptr && node->namespaceURI == nullptr)) {
-        std::free(node->name);
-        std::free(node->prefix);
-        return abandon(node, node->localName, node->namespaceURI, callerFile, callerLine, exception);
-    }
-    node->type = type;
-    UniChar *name = node->name;
-    std::memcpy(name, prefix, static_cast<std::size_t>(prefixLength) * sizeof(UniChar));
-    name[prefixLength] = ':';
-    std::memcpy(name + prefixLength + 1, localName, static_cast<std::size_t>(localNameLength) * sizeof(UniChar));
-    name[nameUnits] = 0;
+    UniChar *room = vrk::roomOf(node);
+    node->name = vrk::placeString(room, prefix, prefixRoom - 1);
+    room[-1] = ':';  // the prefix's terminator, with the local part behind it
+    vrk::placeString(room, localName, localRoom - 1);
+    node->prefix = vrk::placeString(room, prefix, prefixRoom - 1);
+    node->localName = vrk::placeString(room, localName, localRoom - 1);
+    if (namespaceURI != nullptr) node->namespaceURI = vrk::placeString(room, namespaceURI, uriRoom - 1);
     return node;
 }
 
@@ -100,14 +70,11 @@ VRK_EXPORT vrkNode *vrkDOMReal_createProcessingInstruction(const char *callerFil
                                                            const UniChar *target, int32_t targetLength,
                                                            const UniChar *data, int32_t dataLength,
                                                            vrkDOMException *exception) {
-    vrkNode *node = vrk::newNodeRecord(callerFile, callerLine, exception);
+    vrkNode *node = vrk::newNodeBlock(callerFile, callerLine, PROCESSING_INSTRUCTION_NODE,
+                                      vrk::roomFor(targetLength) + vrk::roomFor(dataLength), exception);
     if (node == nullptr) return nullptr;
-    // Both copies are made before either is looked at.
-    UniChar *name = vrkUniCharArrayToString(target, targetLength);
-    UniChar *value = vrkUniCharArrayToString(data, dataLength);
-    if (name == nullptr || value == nullptr) return abandon(node, name, value, callerFile, callerLine, exception);
-    node->type = PROCESSING_INSTRUCTION_NODE;
-    node->name = name;
-    node->value = value;
+    UniChar *room = vrk::roomOf(node);
+    node->name = vrk::placeString(room, target, static_cast<std::size_t>(targetLength));
+    node->value = vrk::placeString(room, data, static_cast<std::size_t>(dataLength));
     return node;
 }

@@ -1,7 +1,6 @@
 // Replacing the value of an attribute, text or CDATA section node.
-#include <cstdlib>
-
 #include "dom/dom_exception.h"
+#include "dom/node_block.h"
 #include "unistring/export.h"
 
 VRK_EXPORT int32_t vrkNodeReal_setNodeValue(const char *callerFile, int32_t callerLine, vrkNode *node,
@@ -9,12 +8,9 @@ VRK_EXPORT int32_t vrkNodeReal_setNodeValue(const char *callerFile, int32_t call
                                             vrkDOMException *exception) {
     if (vrk::exceptionPending(exception)) return 0;
     if (node->type != ATTRIBUTE_NODE && node->type != TEXT_NODE && node->type != CDATA_SECTION_NODE) return 0;
-    UniChar *copy = vrkUniCharArrayToString(value, valueLength);
-    if (copy == nullptr) {
+    if (!vrk::replaceNodeString(node, &vrkNode::value, value, valueLength)) {
         VRK_RAISE(exception, ERR_OUT_OF_MEMORY, callerFile, callerLine);
         return 0;
     }
-    std::free(node->value);
-    node->value = copy;
     return 1;
 }

@@ -1,8 +1,8 @@
 // Merging runs of adjacent text nodes below a node.
-#include <cstdlib>
 #include <cstring>
 
 #include "dom/dom_exception.h"
+#include "dom/node_block.h"
 #include "unistring/export.h"
 
 namespace {
@@ -12,7 +12,8 @@ bool isText(const vrkNode *node) { return node != nullptr && node->type == TEXT_
 }  // namespace
 
 // The walk goes in document order through firstChild, next and parent.  A
-// run merges into its first node, one resize per merged node; the length of
+// run merges into its first node, one resize per merged node (the first one
+// moves a value out of the node's block); the length of
 // the growing value is carried along, so that each unit is copied once by
 // this code however long the run is.
 VRK_EXPORT int32_t vrkNodeReal_normalize(const char *callerFile, int32_t callerLine, vrkNode *node,
@@ -27,7 +28,8 @@ VRK_EXPORT int32_t vrkNodeReal_normalize(const char *callerFile, int32_t callerL
             if (currentLength < 0) currentLength = vrkunistrlen(current->value);
             const int32_t followingLength = vrkunistrlen(following->value);
             const auto units = static_cast<std::size_t>(currentLength) + static_cast<std::size_t>(followingLength);
-            auto *merged = static_cast<UniChar *>(std::realloc(current->value, (units + 1) * sizeof(UniChar)));
+            UniChar *merged =
+                vrk::resizeNodeString(current, current->value, static_cast<std::size_t>(currentLength), units);
             if (merged == nullptr) {
                 VRK_RAISE(exception, ERR_OUT_OF_MEMORY, callerFile, callerLine);
                 return 0;

@@ -46,14 +46,17 @@ VRK_EXPORT vrkNode *vrkDOM_parse(void *text, vrkParseError *result) {
     }
     // Every offset must fit 32 bits: a longer text is refused before
     // anything is decoded or swapped.
-    const int64_t count = encoding == ENCODING_UTF8 ? vrk::utf8UnitCount(static_cast<const char *>(text))
-                                                    : vrk::unitCount(units);
+    int64_t count = 0;
+    if (encoding == ENCODING_UTF8) {
+        context.textStart = vrk::decodeUtf8Text(static_cast<const char *>(text), &count);
+    } else {
+        count = vrk::unitCount(units);
+    }
     if (count > vrk::kMaxTextUnits) {
         failEntry(result, ERR_TEXT_TOO_LONG, "Text too long: more than 2147483647 units.", __LINE__);
         return nullptr;
     }
     if (encoding == ENCODING_UTF8) {
-        context.textStart = count < 0 ? nullptr : vrk::decodeMeasuredUtf8(static_cast<const char *>(text), count);
         if (context.textStart == nullptr) {
             failEntry(result, ERR_ENCODING_DECL, "Unable to process UTF-8 encoding, probably corrupt.", __LINE__);
             return nullptr;

@@ -4,28 +4,44 @@
 #include <cstring>
 
 #include "dom/dom_exception.h"
+#include "dom/node_block.h"
 #include "unistring/export.h"
-#include "unistring/unit_access.h"
 
 namespace {
 
 std::size_t bytesOf(int32_t units) { return static_cast<std::size_t>(units) * sizeof(UniChar); }
+std::size_t unitsOf(int32_t units) { return static_cast<std::size_t>(units); }
 
 // Removing a prefix: the local part and its terminator move to the start of
-// the name, whose block keeps its size.
+// the name, which keeps its room.
 int32_t removePrefix(vrkNode *node, int32_t oldLength) {
     if (node->prefix == nullptr) return 1;
-    std::free(node->prefix);
+    vrk::releaseNodeString(node, node->prefix);
     node->prefix = nullptr;
     vrkunistrcpy(node->name, node->name + oldLength + 1);
     return 1;
 }
 
-// Shrinks a block to `units` units; a refusal leaves the larger block,
-// whose text is complete already.
-void shrink(UniChar *&block, int32_t units) {
-    auto *smaller = static_cast<UniChar *>(std::realloc(block, vrk::stringBytes(static_cast<std::size_t>(units))));
-    if (smaller != nullptr) block = smaller;
+// Gives prefix and name room for a longer prefix, the name keeping its
+// text: false, with ERR_OUT_OF_MEMORY, when memory runs out.  The prefix
+// grows first; when the name then cannot, a prefix that had a block of its
+// own keeps the larger block (its text is whole), a new one is given up.
+bool growPrefixAndName(vrkNode *node, int32_t prefixLength, int32_t nameLength, const char *callerFile,
+                       int32_t callerLine, vrkDOMException *exception) {
+    const bool prefixWasOwn = node->prefix != nullptr && !vrk::livesInBlock(node, node->prefix);
+    UniChar *prefix = vrk::resizeNodeString(node, node->prefix, 0, unitsOf(prefixLength));
+    if (prefix != nullptr && prefixWasOwn) node->prefix = prefix;
+    const std::size_t nameUnits = unitsOf(vrkunistrlen(node->name)) + 1;
+    UniChar *name =
+        prefix == nullptr ? nullptr : vrk::resizeNodeString(node, node->name, nameUnits, unitsOf(nameLength));
+    if (name == nullptr) {
+        if (!prefixWasOwn) std::free(prefix);
+        VRK_RAISE(exception, ERR_OUT_OF_MEMORY, callerFile, callerLine);
+        return false;
+    }
+    node->prefix = prefix;
+    node->name = name;
+    return true;
 }
 
 }  // namespace
@@ -51,29 +67,11 @@ VRK_EXPORT int32_t vrkNodeReal_setPrefix(const char *callerFile, int32_t callerL
     const int32_t localStart = oldLength == 0 ? 0 : oldLength + 1;
     const int32_t localLength = vrkunistrlen(node->name) - localStart;
     const int32_t nameLength = prefixLength + 1 + localLength;
-    if (prefixLength > oldLength) {
-        auto *grownPrefix = static_cast<UniChar *>(
-            std::realloc(node->prefix, vrk::stringBytes(static_cast<std::size_t>(prefixLength))));
-        if (grownPrefix == nullptr) {
-            VRK_RAISE(exception, ERR_OUT_OF_MEMORY, callerFile, callerLine);
-            return 0;
-        }
-        // A block made for a node without a prefix holds no text yet: until
-        // the name has grown too, the node must still read as before.
-        const bool madeNow = node->prefix == nullptr;
-        node->prefix = grownPrefix;
-        auto *grownName = static_cast<UniChar *>(
-            std::realloc(node->name, vrk::stringBytes(static_cast<std::size_t>(nameLength))));
-        if (grownName == nullptr) {
-            if (madeNow) {
-                std::free(node->prefix);
-                node->prefix = nullptr;
-            }
-            VRK_RAISE(exception, ERR_OUT_OF_MEMORY, callerFile, callerLine);
-            return 0;
-        }
-        node->name = grownName;
+    if (prefixLength > oldLength &&
+        !growPrefixAndName(node, prefixLength, nameLength, callerFile, callerLine, exception)) {
+        return 0;
     }
+    // A shorter prefix is written in place; the blocks keep their room.
     // memmove moves upwards from the terminator and downwards from the first
     // unit, as the overlap needs.
     std::memmove(node->name + prefixLength + 1, node->name + localStart, bytesOf(localLength + 1));
@@ -81,9 +79,5 @@ VRK_EXPORT int32_t vrkNodeReal_setPrefix(const char *callerFile, int32_t callerL
     node->prefix[prefixLength] = 0;
     std::memcpy(node->name, prefix, bytesOf(prefixLength));
     node->name[prefixLength] = ':';
-    if (prefixLength < oldLength) {
-        shrink(node->prefix, prefixLength);
-        shrink(node->name, nameLength);
-    }
     return 1;
 }

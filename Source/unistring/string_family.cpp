@@ -1,9 +1,9 @@
 // The zero-terminated 16-bit string family.
-#include <cctype>
 #include <cstdlib>
 #include <cstring>
 
 #include "unistring/export.h"
+#include "unistring/fold_case.h"
 #include "unistring/text_limits.h"
 #include "unistring/unit_access.h"
 
@@ -85,15 +85,10 @@ VRK_EXPORT int32_t vrkunistrcspn(const UniChar *s, const UniChar *set) {
     return length;
 }
 
-namespace {
-// The system's case mapping for units below 256; the rest stay as they are.
-int32_t foldCase(UniChar unit) { return unit < 256 ? std::toupper(unit) : unit; }
-}  // namespace
-
 VRK_EXPORT int32_t vrkunistrcmp(const UniChar *a, const UniChar *b) {
     for (;; ++a, ++b) {
-        int32_t left = foldCase(loadUnit(a));
-        int32_t right = foldCase(loadUnit(b));
+        int32_t left = vrk::foldCase(loadUnit(a));
+        int32_t right = vrk::foldCase(loadUnit(b));
         if (left == 0) return -right;
         if (left != right) return left - right;
     }

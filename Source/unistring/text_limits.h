@@ -21,4 +21,11 @@ int64_t utf8UnitCount(const char *s);
 // string; null when memory runs out.
 UniChar *decodeMeasuredUtf8(const char *s, int64_t units);
 
+// The decoded copy of the zero-terminated UTF-8 text that a parse reads,
+// its first allocation.  *units becomes the text's length in units, or -1
+// when the text is malformed.  Null when there is no copy: the text is
+// malformed, longer than kMaxTextUnits units (measured only, nothing
+// allocated), or memory ran out.
+UniChar *decodeUtf8Text(const char *s, int64_t *units);
+
 }  // namespace vrk

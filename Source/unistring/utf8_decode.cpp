@@ -66,6 +66,51 @@ void widenAscii(const unsigned char *in, UniChar *out, std::size_t count) {
     for (; i < count; ++i) vrk::storeUnit(out + i, in[i]);
 }
 
+// The two- and three-byte forms, the only ones that carry a unit this
+// decoder gives out, are read in line: non-ASCII text comes in runs (a word
+// of Greek, a line of Japanese), and a call for each character would cost
+// more than its decoding.
+//
+// Reads the run of sequences at p, up to the next ASCII byte or the
+// terminator, handing each unit to take: the end of the run, or null at a
+// sequence that vrkUTF8ToUniChar refuses (or decodes to 0xFFFF, which is
+// its failure value).  A continuation byte is read only while the bytes
+// before it continued the sequence, so no byte past the terminator is read.
+template <class Take>
+const unsigned char *readSequences(const unsigned char *p, Take take) {
+    for (unsigned lead; (lead = p[0]) >= 0x80;) {
+        // 0x80 to 0xBF cannot lead; 0xC0 and 0xC1 begin overlong forms.
+        if (lead < 0xC2 || (p[1] & 0xC0) != 0x80) return nullptr;
+        if (lead < 0xE0) {
+            take(static_cast<UniChar>(((lead & 0x1Fu) << 6) | (p[1] & 0x3Fu)));
+            p += 2;
+            continue;
+        }
+        if (lead >= 0xF0 || (p[2] & 0xC0) != 0x80) return nullptr;
+        const uint32_t value = ((lead & 0x0Fu) << 12) | ((p[1] & 0x3Fu) << 6) | (p[2] & 0x3Fu);
+        if (value < 0x800 || (value >= 0xD800 && value <= 0xDFFF) || value == 0xFFFF) return nullptr;
+        take(static_cast<UniChar>(value));
+        p += 3;
+    }
+    return p;
+}
+
+// Decodes the `bytes` bytes at s, which end at a terminator, into out,
+// which has room for them all: the end of the units written, or null when
+// the text is malformed.
+UniChar *decodeInto(const unsigned char *p, std::size_t bytes, UniChar *out) {
+    const unsigned char *const end = p + bytes;
+    while (p < end) {
+        const std::size_t run = asciiRun(p, static_cast<std::size_t>(end - p));
+        widenAscii(p, out, run);
+        p += run;
+        out += run;
+        p = readSequences(p, [&out](UniChar unit) { *out++ = unit; });
+        if (p == nullptr) return nullptr;
+    }
+    return out;
+}
+
 }  // namespace
 
 VRK_EXPORT UniChar vrkUTF8ToUniChar(const char **cursor) {
@@ -106,10 +151,8 @@ int64_t utf8UnitCount(const char *s) {
         p += run;
         units += static_cast<int64_t>(run);
         if (p == end) break;
-        const char *cursor = reinterpret_cast<const char *>(p);
-        if (vrkUTF8ToUniChar(&cursor) == kDecodeFailure) return -1;
-        p = reinterpret_cast<const unsigned char *>(cursor);
-        ++units;
+        p = readSequences(p, [&units](UniChar) { ++units; });
+        if (p == nullptr) return -1;
     }
     return units;
 }
@@ -117,20 +160,34 @@ int64_t utf8UnitCount(const char *s) {
 UniChar *decodeMeasuredUtf8(const char *s, int64_t units) {
     auto *result = static_cast<UniChar *>(std::malloc(stringBytes(static_cast<std::size_t>(units))));
     if (result == nullptr) return nullptr;
-    const auto *p = reinterpret_cast<const unsigned char *>(s);
-    UniChar *out = result;
-    UniChar *const end = result + units;
-    while (out < end) {
-        const std::size_t run = asciiRun(p, static_cast<std::size_t>(end - out));
-        widenAscii(p, out, run);
-        p += run;
-        out += run;
-        if (out == end) break;
-        const char *cursor = reinterpret_cast<const char *>(p);
-        *out++ = vrkUTF8ToUniChar(&cursor);
-        p = reinterpret_cast<const unsigned char *>(cursor);
+    UniChar *end = decodeInto(reinterpret_cast<const unsigned char *>(s), std::strlen(s), result);
+    *end = 0;
+    return result;
+}
+
+UniChar *decodeUtf8Text(const char *s, int64_t *units) {
+    const std::size_t bytes = std::strlen(s);
+    if (bytes > static_cast<std::size_t>(kMaxTextUnits)) {
+        // As many units as bytes would be too many; fewer may not be.
+        *units = utf8UnitCount(s);
+        return *units < 0 || *units > kMaxTextUnits ? nullptr : decodeMeasuredUtf8(s, *units);
     }
-    *out = 0;
+    // One pass checks and decodes into room for a unit a byte, which the
+    // units then fit exactly when the text is ASCII; otherwise the block
+    // shrinks to them.
+    auto *result = static_cast<UniChar *>(std::malloc(stringBytes(bytes)));
+    if (result == nullptr) {
+        *units = static_cast<int64_t>(bytes);  // not known; below the limit all the same
+        return nullptr;
+    }
+    UniChar *end = decodeInto(reinterpret_cast<const unsigned char *>(s), bytes, result);
+    if (end == nullptr) {
+        std::free(result);
+        *units = -1;
+        return nullptr;
+    }
+    *end = 0;
+    *units = end - result;
     return result;
 }
 

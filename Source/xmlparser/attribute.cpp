@@ -1,18 +1,17 @@
 // Attributes of a start tag: namespace declarations and ordinary attributes.
+#include "dom/node_block.h"
 #include "unistring/export.h"
 #include "unistring/unit_access.h"
+#include "xmlparser/attribute_text.h"
 #include "xmlparser/literal.h"
 #include "xmlparser/parse_error.h"
-#include "xmlparser/tag_attributes.h"
 
 namespace {
 
 constexpr vrk::Literal kXmlnsColon{u"xmlns:"};
 constexpr int32_t kXmlnsLength = 5;  // "xmlns", the literal without its colon
 
-int32_t lengthOf(const Token &token) { return static_cast<int32_t>(token.end - token.start + 1); }
-
-// Gives up an attribute node that is not in the map yet.
+// Gives up an attribute node that is not in the map.
 int32_t dropAttribute(vrkNode *attribute) {
     vrkDOM_destroyNode(attribute, 0);
     return PRODUCE_ERROR;
@@ -49,48 +48,62 @@ VRK_EXPORT int32_t Produce_NSAttName(ProduceContext *context, Token *name, Token
     return PRODUCE_OK;
 }
 
-VRK_EXPORT int32_t Produce_Attribute(ProduceContext *context) { return vrk::produceAttribute(context, nullptr); }
-
-int32_t vrk::produceAttribute(ProduceContext *context, TagAttributes *tag) {
-    Token name, prefix, local, value;
+int32_t vrk::readAttribute(ProduceContext *context, AttributeText *attribute) {
+    Token &name = attribute->name;
+    Token &prefix = attribute->prefix;
+    Token &local = attribute->local;
+    attribute->uri.start = attribute->uri.end = nullptr;
     const int32_t declaration = Produce_NSAttName(context, &name, &prefix, &local);
     if (declaration == PRODUCE_ERROR) return PRODUCE_ERROR;
     const bool isDeclaration = declaration == PRODUCE_OK;
     if (!isDeclaration && Produce_QName(context, &name, &prefix, &local) != PRODUCE_OK) return PRODUCE_NO_MATCH;
 
     if (Produce_Eq(context) != PRODUCE_OK) return VRK_PARSE_ERROR(context, ERR_EQ_MISSING, context->cursor);
-    const int32_t quoted = Produce_AttValue(context, &value);
+    const int32_t quoted = readAttValue(context, &attribute->value, &attribute->resolvedLength);
     if (quoted == PRODUCE_NO_MATCH) return VRK_PARSE_ERROR(context, ERR_OPENING_QUOTE, context->cursor);
     if (quoted == PRODUCE_ERROR) return PRODUCE_ERROR;
 
     // The stack keeps the raw text between the quotes, references unresolved.
     if (isDeclaration) {
         const Token &declared = prefix.start == nullptr ? prefix : local;
-        if (pushNameSpaceStack(context, &declared, &value) == 0) {
+        if (pushNameSpaceStack(context, &declared, &attribute->value) == 0) {
             return VRK_PARSE_ERROR(context, ERR_OUT_OF_MEMORY, context->cursor);
         }
     }
+    return PRODUCE_OK;
+}
 
-    vrkDOMException *exception = vrk::treeException(context);
-    vrkNode *attribute =
-        prefix.start != nullptr
-            ? vrkDOMReal_createEANodeNSP(VRK_PARSER_SITE, ATTRIBUTE_NODE, nullptr, 0, prefix.start,
-                                         lengthOf(prefix), local.start, lengthOf(local), exception)
-            : vrkDOMReal_createEANode(VRK_PARSER_SITE, ATTRIBUTE_NODE, name.start, lengthOf(name), exception);
-    if (attribute == nullptr) return PRODUCE_ERROR;
-    if (vrkNodeReal_setNodeValue(VRK_PARSER_SITE, attribute, value.start, lengthOf(value), exception) == 0) {
-        return dropAttribute(attribute);
+vrkNode *vrk::makeAttributeNode(const AttributeText &attribute) {
+    const bool prefixed = attribute.prefix.start != nullptr;
+    const bool namespaced = attribute.uri.start != nullptr;
+    std::size_t units = tokenRoom(attribute.name) + roomFor(attribute.resolvedLength);
+    if (prefixed) units += tokenRoom(attribute.prefix) + tokenRoom(attribute.local);
+    if (namespaced) units += tokenRoom(attribute.uri);
+    vrkNode *node = allocateNodeBlock(ATTRIBUTE_NODE, units);
+    if (node == nullptr) return nullptr;
+    UniChar *room = roomOf(node);
+    node->name = placeToken(room, attribute.name);
+    if (prefixed) {
+        node->prefix = placeToken(room, attribute.prefix);
+        node->localName = placeToken(room, attribute.local);
     }
-    UniChar *resolved = AttrValueRefResolve(attribute->value);
-    if (resolved == nullptr) {
-        VRK_PARSE_ERROR(context, ERR_OUT_OF_MEMORY, context->cursor);
-        return dropAttribute(attribute);
-    }
-    attribute->value = resolved;
+    if (namespaced) node->namespaceURI = placeToken(room, attribute.uri);
+    node->value = placeResolvedValue(room, attribute.value, attribute.resolvedLength);
+    return node;
+}
 
-    vrkNode *displaced = tag != nullptr ? vrk::setTagAttribute(*tag, attribute)
-                                        : vrkElementReal_setAttributeNode(VRK_PARSER_SITE, context->current,
-                                                                          attribute, exception);
+// An attribute read on its own, outside a start tag, has no namespace name
+// yet (resolveNameSpace gives it one).
+VRK_EXPORT int32_t Produce_Attribute(ProduceContext *context) {
+    vrk::AttributeText text;
+    const int32_t read = vrk::readAttribute(context, &text);
+    if (read != PRODUCE_OK) return read;
+    if (context->error.code != 0) return PRODUCE_ERROR;  // as every factory refuses then
+    vrkNode *attribute = vrk::makeAttributeNode(text);
+    if (attribute == nullptr) return vrk::recordNodeRefused(context, __LINE__);
+
+    vrkNode *displaced =
+        vrkElementReal_setAttributeNode(VRK_PARSER_SITE, context->current, attribute, vrk::treeException(context));
     if (displaced == nullptr) {
         // A caller outside the parser may hand in a current that is no
         // element: the set is refused and the new node must not be lost.
@@ -98,6 +111,10 @@ int32_t vrk::produceAttribute(ProduceContext *context, TagAttributes *tag) {
     }
     // The second attribute of a name stays in the map; the first goes.
     vrkDOM_destroyNode(displaced, 0);
+    return vrk::recordDuplicateAttribute(context);
+}
+
+int32_t vrk::recordDuplicateAttribute(ProduceContext *context) {
     if (context->error.code == 0) context->error.message = "Duplicate attribute name.";
     return VRK_PARSE_ERROR(context, ERR_DUPLICATE_ATTRIBUTE, context->cursor);
 }

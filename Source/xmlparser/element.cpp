@@ -1,4 +1,4 @@
-// Elements: start and empty-element tags, content, end tags.
+// Elements: content and end tags (start tags are in start_tag.cpp).
 //
 // The grammar nests element in content in element.  Produce_content reads
 // the nesting with a loop instead of calling Produce_element for every
@@ -8,16 +8,13 @@
 #include "unistring/unit_access.h"
 #include "xmlparser/literal.h"
 #include "xmlparser/parse_error.h"
-#include "xmlparser/tag_attributes.h"
+#include "xmlparser/token.h"
 
 using vrk::loadUnit;
 
 namespace {
 
-constexpr vrk::Literal kEmptyTagEnd{u"/>"};
 constexpr vrk::Literal kEndTagStart{u"</"};
-
-int32_t lengthOf(const Token &token) { return static_cast<int32_t>(token.end - token.start + 1); }
 
 // What follows the content of the element `current`: its declarations go,
 // then its end tag is read and matched against its start tag's name, which
@@ -31,12 +28,15 @@ int32_t finishElement(ProduceContext *context) {
     if (end == PRODUCE_ERROR) return PRODUCE_ERROR;
     const vrkNode *element = context->current;
     context->current = element->parent;
-    const int32_t length = lengthOf(endName);
+    const int32_t length = vrk::tokenLength(endName);
     // The end tag's units hold no zero, so equal units followed by the
-    // name's terminator mean equal names, without measuring the name.
-    if (vrkunistrncmp(element->name, endName.start, length) != 0 || element->name[length] != 0) {
-        return VRK_PARSE_ERROR(context, ERR_END_TAG, context->cursor);
+    // name's terminator mean equal names, without measuring the name (a
+    // shorter name differs at its terminator, where the walk stops).
+    const UniChar *name = element->name;
+    for (int32_t i = 0; i < length; ++i) {
+        if (name[i] != loadUnit(endName.start + i)) return VRK_PARSE_ERROR(context, ERR_END_TAG, context->cursor);
     }
+    if (name[length] != 0) return VRK_PARSE_ERROR(context, ERR_END_TAG, context->cursor);
     return PRODUCE_OK;
 }
 
@@ -50,65 +50,6 @@ int32_t produceOtherContent(ProduceContext *context) {
 }
 
 }  // namespace
-
-VRK_EXPORT int32_t Produce_STagOREmptyElemTag(ProduceContext *context, Token *name, int32_t *hasContent) {
-    UniChar *open = context->cursor;
-    if (loadUnit(open) != '<') return PRODUCE_NO_MATCH;
-    ++context->cursor;
-    Token prefix, local;
-    if (Produce_QName(context, name, &prefix, &local) != PRODUCE_OK) {
-        context->cursor = open;
-        return PRODUCE_NO_MATCH;
-    }
-
-    vrkDOMException *exception = vrk::treeException(context);
-    vrkNode *element =
-        prefix.start != nullptr
-            ? vrkDOMReal_createEANodeNSP(VRK_PARSER_SITE, ELEMENT_NODE, nullptr, 0, prefix.start, lengthOf(prefix),
-                                         local.start, lengthOf(local), exception)
-            : vrkDOMReal_createEANode(VRK_PARSER_SITE, ELEMENT_NODE, name->start, lengthOf(*name), exception);
-    if (element == nullptr) return PRODUCE_ERROR;
-    // The parent is the document, still without an element, or an element:
-    // the append cannot be refused.
-    vrkNodeReal_appendChild(VRK_PARSER_SITE, context->current, element, exception);
-    context->current = element;
-
-    // Attributes need no white space between them.
-    vrk::TagAttributes tag;
-    tag.element = element;
-    int32_t read;
-    do {
-        Produce_S(context);
-        read = vrk::produceAttribute(context, &tag);
-    } while (read == PRODUCE_OK);
-    if (read == PRODUCE_ERROR) {
-        vrk::clearTagAttributes(tag);
-        return PRODUCE_ERROR;
-    }
-
-    // All declarations of the tag are on the stack now, wherever they stood.
-    // Failures stay pending in the record.  One walk resolves the attributes
-    // and clears the tag's tree links from them.
-    resolveNameSpace(context, element);
-    for (vrkNode *attribute = element->attributes.first; attribute != nullptr; attribute = attribute->next) {
-        vrk::forgetTreeLinks(attribute);
-        resolveNameSpace(context, attribute);
-    }
-
-    if (vrk::startsWith(context->cursor, kEmptyTagEnd)) {
-        popNameSpaceStack(context);
-        *hasContent = 0;
-        context->current = element->parent;
-        context->cursor += kEmptyTagEnd.length;
-        return PRODUCE_OK;
-    }
-    if (loadUnit(context->cursor) == '>') {
-        *hasContent = 1;
-        ++context->cursor;
-        return PRODUCE_OK;
-    }
-    return VRK_PARSE_ERROR(context, ERR_TAG_END, context->cursor);
-}
 
 VRK_EXPORT int32_t Produce_ETag(ProduceContext *context, Token *name) {
     if (!vrk::startsWith(context->cursor, kEndTagStart)) return PRODUCE_NO_MATCH;

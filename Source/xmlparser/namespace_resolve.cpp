@@ -1,6 +1,8 @@
 // Looking prefixes up on the namespace stack and giving parsed nodes their
 // namespace names.
+#include "dom/node_block.h"
 #include "unistring/export.h"
+#include "unistring/fold_case.h"
 #include "xmlparser/namespace_stack.h"
 #include "xmlparser/parse_error.h"
 
@@ -33,26 +35,34 @@ const NameSpaceStackEntry *findPrefix(const NameSpaceStackEntry *top, const UniC
 
 }  // namespace
 
-VRK_EXPORT int32_t getNameSpaceURI(ProduceContext *context, const UniChar *prefix, Token *out) {
+namespace vrk {
+
+bool findNamespace(ProduceContext *context, const UniChar *prefix, int32_t prefixLength, Token *out) {
     // The reserved prefixes come first and fold case: XML and Xmlns count.
-    if (prefix != nullptr && vrkunistrcmp(prefix, kXmlPrefix) == 0) {
+    if (prefix != nullptr && equalsFolded(prefix, prefixLength, kXmlPrefix)) {
         setToken(out, XML10_NAMESPACE, vrkunistrlen(XML10_NAMESPACE));
-        return 1;
+        return true;
     }
-    if (prefix != nullptr && vrkunistrcmp(prefix, UCSxmlns) == 0) {
+    if (prefix != nullptr && equalsFolded(prefix, prefixLength, UCSxmlns)) {
         setToken(out, XMLNS_URI, vrkunistrlen(XMLNS_URI));
-        return 1;
+        return true;
     }
     const NameSpaceStackEntry *found = nullptr;
     if (prefix == nullptr) {
         // The nearest default declaration, remembered by the top entry.
-        if (context->nameSpaceStack != nullptr) found = vrk::recordOf(context->nameSpaceStack)->nearestDefault;
+        if (context->nameSpaceStack != nullptr) found = recordOf(context->nameSpaceStack)->nearestDefault;
     } else {
-        found = findPrefix(context->nameSpaceStack, prefix, vrkunistrlen(prefix));
+        found = findPrefix(context->nameSpaceStack, prefix, prefixLength);
     }
-    if (found == nullptr) return 0;
+    if (found == nullptr) return false;
     setToken(out, found->uri, found->uriLength);
-    return 1;
+    return true;
+}
+
+}  // namespace vrk
+
+VRK_EXPORT int32_t getNameSpaceURI(ProduceContext *context, const UniChar *prefix, Token *out) {
+    return vrk::findNamespace(context, prefix, prefix == nullptr ? 0 : vrkunistrlen(prefix), out) ? 1 : 0;
 }
 
 VRK_EXPORT int32_t resolveNameSpace(ProduceContext *context, vrkNode *node) {
@@ -64,7 +74,10 @@ VRK_EXPORT int32_t resolveNameSpace(ProduceContext *context, vrkNode *node) {
         VRK_PARSE_ERROR(context, ERR_UNDECLARED_PREFIX, context->cursor);
         return 0;
     }
+    // Both strings get blocks of their own: the node's block has no room
+    // reserved for them.
     if (node->localName == nullptr) node->localName = vrkunistrdup(node->name);
+    vrk::releaseNodeString(node, node->namespaceURI);
     node->namespaceURI = vrkUniCharArrayToString(uri.start, static_cast<int32_t>(uri.end - uri.start + 1));
     if (node->localName == nullptr || node->namespaceURI == nullptr) {
         VRK_PARSE_ERROR(context, ERR_OUT_OF_MEMORY, context->cursor);

@@ -32,6 +32,11 @@ inline bool declaresPrefix(const NameSpaceStackEntry *entry, const UniChar *pref
            vrkunistrncmp(entry->prefix, prefix, prefixLength) == 0;
 }
 
+// The namespace name that prefix (of prefixLength units, anywhere in the
+// text; null for the default namespace) stands for at the top of the
+// stack, as getNameSpaceURI finds it: true with `out` set, or false.
+bool findNamespace(ProduceContext *context, const UniChar *prefix, int32_t prefixLength, Token *out);
+
 inline StackRecord *recordOf(const NameSpaceStackEntry *entry) {
     return reinterpret_cast<StackRecord *>(const_cast<NameSpaceStackEntry *>(entry));
 }

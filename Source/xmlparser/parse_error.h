@@ -10,6 +10,11 @@ namespace vrk {
 // the result is PRODUCE_ERROR, so a site can `return` it.
 int32_t recordParseError(ProduceContext *context, int32_t code, int32_t line, const UniChar *at);
 
+// No memory for a node that the parser makes itself: ERR_OUT_OF_MEMORY as a
+// tree operation reports it ("Source/dom", with the parser's site as the
+// caller and no offset), unless an error is pending.  PRODUCE_ERROR.
+int32_t recordNodeRefused(ProduceContext *context, int32_t callerLine);
+
 // The parse error begins with the five fields of vrkDOMException, so tree
 // operations report straight into it.
 inline vrkDOMException *treeException(ProduceContext *context) {

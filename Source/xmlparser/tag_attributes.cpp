@@ -1,113 +1,147 @@
 #include "xmlparser/tag_attributes.h"
 
-#include "dom/attribute_placement.h"
+#include <cstdlib>
+#include <cstring>
+
 #include "unistring/unit_access.h"
 
 namespace vrk {
 
 namespace {
 
-// The tree's children, in fields that attributes leave unused.
-vrkNode *&left(vrkNode *node) { return node->firstChild; }
-vrkNode *&right(vrkNode *node) { return node->lastChild; }
-
 // Exact order of names by their units, shorter first on a common start.
-int compareNames(const UniChar *a, const UniChar *b) {
-    for (;; ++a, ++b) {
-        const UniChar x = loadUnit(a);
-        const UniChar y = loadUnit(b);
+int compareNames(const Token &a, const Token &b) {
+    const int32_t aLength = tokenLength(a);
+    const int32_t bLength = tokenLength(b);
+    const int32_t common = aLength < bLength ? aLength : bLength;
+    for (int32_t i = 0; i < common; ++i) {
+        const UniChar x = loadUnit(a.start + i);
+        const UniChar y = loadUnit(b.start + i);
         if (x != y) return x < y ? -1 : 1;
-        if (x == 0) return 0;
     }
+    return aLength == bLength ? 0 : (aLength < bLength ? -1 : 1);
 }
 
-// Top-down splay: brings the node named `name`, or the last node met on the
-// way to where it would be, to the root.  No recursion, no memory.
-vrkNode *splay(vrkNode *t, const UniChar *name) {
-    vrkNode header{};
-    vrkNode *leftTail = &header;
-    vrkNode *rightTail = &header;
-    for (;;) {
-        const int c = compareNames(name, t->name);
-        if (c < 0) {
-            if (left(t) == nullptr) break;
-            if (compareNames(name, left(t)->name) < 0) {
-                vrkNode *y = left(t);
-                left(t) = right(y);
-                right(y) = t;
-                t = y;
-                if (left(t) == nullptr) break;
-            }
-            left(rightTail) = t;
-            rightTail = t;
-            t = left(t);
-        } else if (c > 0) {
-            if (right(t) == nullptr) break;
-            if (compareNames(name, right(t)->name) > 0) {
-                vrkNode *y = right(t);
-                right(t) = left(y);
-                left(y) = t;
-                t = y;
-                if (right(t) == nullptr) break;
-            }
-            right(leftTail) = t;
-            leftTail = t;
-            t = right(t);
-        } else {
-            break;
-        }
-    }
-    right(leftTail) = left(t);
-    left(rightTail) = right(t);
-    left(t) = right(&header);
-    right(t) = left(&header);
-    return t;
-}
-
-// Adds node under its name; returns the node of the same name instead when
-// there is one (the tree then keeps that one).
-vrkNode *insertOrFind(TagAttributes &tag, vrkNode *node) {
-    left(node) = right(node) = nullptr;
-    if (tag.root == nullptr) {
-        tag.root = node;
-        return nullptr;
-    }
-    tag.root = splay(tag.root, node->name);
-    const int c = compareNames(node->name, tag.root->name);
-    if (c == 0) return tag.root;
-    if (c < 0) {
-        left(node) = left(tag.root);
-        right(node) = tag.root;
-        left(tag.root) = nullptr;
-    } else {
-        right(node) = right(tag.root);
-        left(node) = tag.root;
-        right(tag.root) = nullptr;
-    }
-    tag.root = node;
-    return nullptr;
+bool sameName(const Token &a, const Token &b) {
+    const int32_t length = tokenLength(a);
+    return length == tokenLength(b) && std::memcmp(a.start, b.start, static_cast<std::size_t>(length) * 2) == 0;
 }
 
 }  // namespace
 
-vrkNode *setTagAttribute(TagAttributes &tag, vrkNode *attribute) {
-    vrkNamedNodeMap &map = tag.element->attributes;
-    attribute->parent = tag.element;
-    // The tree supplies the attribute of the same name (none while it is
-    // empty), the tag its last attribute; dom/attribute_placement.h writes
-    // the map's links.  A displaced attribute fails the parse, so the tree
-    // is not kept up to date past it.
-    vrkNode *old = insertOrFind(tag, attribute);
-    if (!placeFirstAttribute(&map, attribute)) placeAttribute(&map, attribute, old, tag.last);
-    if (old == nullptr || tag.last == old) tag.last = attribute;
-    return old;
+TagAttributes::~TagAttributes() {
+    if (entries_ != inline_) std::free(entries_);
 }
 
-void clearTagAttributes(TagAttributes &tag) {
-    for (vrkNode *attribute = tag.element->attributes.first; attribute != nullptr; attribute = attribute->next) {
-        forgetTreeLinks(attribute);
+int32_t TagAttributes::findByComparingAll(const AttributeText &attribute) const {
+    for (int32_t i = 0; i < count_; ++i) {
+        if (sameName(entries_[i].text.name, attribute.name)) return i;
     }
-    tag.root = nullptr;
+    return kNone;
+}
+
+bool TagAttributes::grow() {
+    const int32_t capacity = capacity_ * 2;
+    auto *entries = static_cast<Entry *>(std::malloc(static_cast<std::size_t>(capacity) * sizeof(Entry)));
+    if (entries == nullptr) return false;
+    std::memcpy(entries, entries_, static_cast<std::size_t>(count_) * sizeof(Entry));
+    if (entries_ != inline_) std::free(entries_);
+    entries_ = entries;
+    capacity_ = capacity;
+    return true;
+}
+
+TagAttributes::Added TagAttributes::add(const AttributeText &attribute) {
+    int32_t same = kNone;
+    if (count_ < kCompareAll) {
+        same = findByComparingAll(attribute);
+    } else {
+        if (count_ == capacity_ && !grow()) return Added::NoMemory;
+        if (root_ == kNone) {
+            // The tree starts with the attributes compared one by one so far.
+            for (int32_t i = 0; i < count_; ++i) insertOrFind(i);
+        }
+        entries_[count_].text = attribute;
+        same = insertOrFind(count_);
+    }
+    if (same != kNone) {
+        entries_[same].text = attribute;
+        return Added::Repeated;
+    }
+    entries_[count_].text = attribute;
+    ++count_;
+    return Added::New;
+}
+
+// Top-down splay: brings the entry named `name`, or the last entry met on
+// the way to where it would be, to the root.  No recursion, no memory.
+int32_t TagAttributes::splay(int32_t t, const Token &name) {
+    Entry header{{}, kNone, kNone};
+    Entry *leftTail = &header;
+    Entry *rightTail = &header;
+    for (;;) {
+        Entry &node = entries_[t];
+        const int c = compareNames(name, node.text.name);
+        if (c < 0) {
+            if (node.left == kNone) break;
+            if (compareNames(name, entries_[node.left].text.name) < 0) {
+                const int32_t y = node.left;
+                node.left = entries_[y].right;
+                entries_[y].right = t;
+                t = y;
+                if (entries_[t].left == kNone) break;
+            }
+            rightTail->left = t;
+            rightTail = &entries_[t];
+            t = entries_[t].left;
+        } else if (c > 0) {
+            if (node.right == kNone) break;
+            if (compareNames(name, entries_[node.right].text.name) > 0) {
+                const int32_t y = node.right;
+                node.right = entries_[y].left;
+                entries_[y].left = t;
+                t = y;
+                if (entries_[t].right == kNone) break;
+            }
+            leftTail->right = t;
+            leftTail = &entries_[t];
+            t = entries_[t].right;
+        } else {
+            break;
+        }
+    }
+    Entry &top = entries_[t];
+    leftTail->right = top.left;
+    rightTail->left = top.right;
+    top.left = header.right;
+    top.right = header.left;
+    return t;
+}
+
+// Adds entry `index` under its name; returns the entry of the same name
+// instead when there is one (the tree then keeps that one).
+int32_t TagAttributes::insertOrFind(int32_t index) {
+    Entry &entry = entries_[index];
+    entry.left = entry.right = kNone;
+    if (root_ == kNone) {
+        root_ = index;
+        return kNone;
+    }
+    root_ = splay(root_, entry.text.name);
+    Entry &root = entries_[root_];
+    const int c = compareNames(entry.text.name, root.text.name);
+    if (c == 0) return root_;
+    if (c < 0) {
+        entry.left = root.left;
+        entry.right = root_;
+        root.left = kNone;
+    } else {
+        entry.right = root.right;
+        entry.left = root_;
+        root.right = kNone;
+    }
+    root_ = index;
+    return kNone;
 }
 
 }  // namespace vrk

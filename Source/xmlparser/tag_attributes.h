@@ -1,37 +1,54 @@
-// What a start tag keeps about the attributes it has read, so that a tag
-// with many attributes costs O(n log n) instead of the O(n^2) of looking
-// each new name up in the map from its front.
+// The attributes of one start tag, as read from its text, before any node
+// is made: kept in the order of the text, with the check for a repeated
+// name.  A tag with many attributes costs O(n log n), not the O(n^2) of
+// comparing each new name with all before it.
 #pragma once
 
-#include "vrkxml.h"
+#include "xmlparser/attribute_text.h"
 
 namespace vrk {
 
-// The map itself stays the ordered list it always is.  Beside it, the tag
-// keeps its last attribute (appends need no walk) and a splay tree over the
-// attributes' names, threaded through their firstChild and lastChild
-// fields: attributes never have children, and the fields are cleared again
-// before the tag ends, whichever way it ends.
-struct TagAttributes {
-    vrkNode *element = nullptr;
-    vrkNode *last = nullptr;
-    vrkNode *root = nullptr;
+class TagAttributes {
+public:
+    TagAttributes() = default;
+    TagAttributes(const TagAttributes &) = delete;
+    TagAttributes &operator=(const TagAttributes &) = delete;
+    ~TagAttributes();
+
+    int32_t count() const { return count_; }
+    AttributeText &operator[](int32_t i) { return entries_[i].text; }
+
+    // What add() found.
+    enum class Added { New, Repeated, NoMemory };
+
+    // Adds the next attribute of the tag.  When an earlier one has the same
+    // qualified name, `attribute` takes its place (as a set into the map
+    // would do) and the result is Repeated; NoMemory leaves the list as it
+    // was.
+    Added add(const AttributeText &attribute);
+
+private:
+    // Below this many attributes the names are compared one by one; from
+    // there on they are also kept in a splay tree.
+    static constexpr int32_t kCompareAll = 16;
+    static constexpr int32_t kNone = -1;
+
+    struct Entry {
+        AttributeText text;
+        int32_t left;   // splay tree links, indices into entries_
+        int32_t right;
+    };
+
+    int32_t findByComparingAll(const AttributeText &attribute) const;
+    int32_t insertOrFind(int32_t index);
+    int32_t splay(int32_t root, const Token &name);
+    bool grow();
+
+    Entry inline_[kCompareAll];
+    Entry *entries_ = inline_;
+    int32_t capacity_ = kCompareAll;
+    int32_t count_ = 0;
+    int32_t root_ = kNone;
 };
-
-// Sets attribute on the tag's element exactly as vrkElementReal_setAttributeNode
-// would (same links, same replacement in place: both go through
-// dom/attribute_placement.h), and returns the attribute it displaced, or null.
-vrkNode *setTagAttribute(TagAttributes &tag, vrkNode *attribute);
-
-// Clears the tree links of one attribute.
-inline void forgetTreeLinks(vrkNode *attribute) { attribute->firstChild = attribute->lastChild = nullptr; }
-
-// Clears the tree links of every attribute in the element's map.
-void clearTagAttributes(TagAttributes &tag);
-
-// Produce_Attribute, with the tag's set for the duplicate check when tag is
-// not null (the start tag's own loop), or the map's own operations when it
-// is (a caller's context).
-int32_t produceAttribute(ProduceContext *context, TagAttributes *tag);
 
 }  // namespace vrk

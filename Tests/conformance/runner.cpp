@@ -1,6 +1,8 @@
-// Runs the W3C XML conformance suite against the library and holds the
-// result to the expectations file, which lists every case where this
-// library deliberately differs from the suite, with the rule responsible.
+// Runs the W3C XML conformance suite against the library, by default and
+// with the C++ layer's strict checks, and holds the results to the
+// expectations file, which lists every case where this library
+// deliberately differs from the suite in either mode, with the rule
+// responsible.  Strict mode may differ on one case at most.
 //
 //   vrkxml_conformance SUITE_DIR EXPECTATIONS DOCS_PAGE
 //
@@ -20,13 +22,17 @@
 
 #include "canonical.h"
 #include "catalog.h"
-#include "error_names.h"
-#include "vrkxml.h"
+#include "vrkxml.hpp"
 
 namespace {
 
 using conformance::TestCase;
 namespace fs = std::filesystem;
+
+// How many applicable cases strict mode may leave different from the suite.
+constexpr int kMostStrictDifferences = 1;
+
+enum Mode { kDefault, kStrict, kModes };
 
 std::string readBytes(const fs::path &path) {
     std::ifstream in(path, std::ios::binary);
@@ -95,45 +101,60 @@ struct Outcome {
     std::string detail;  // the error of a rejection
 };
 
-Outcome run(const TestCase &test, std::string bytes) {
+// A parse's outcome: document null on failure, with the error's words.
+Outcome judge(const TestCase &test, const vrkNode *document, const std::string &error) {
+    const bool wellFormed = test.type != "not-wf";
+    if (document == nullptr) return {wellFormed ? "rejects" : "agrees", wellFormed ? error : ""};
+    if (!wellFormed) return {"accepts", ""};
+    if (!test.output.empty() && conformance::canonicalForm(document) != readBytes(test.output)) return {"output", ""};
+    return {"agrees", ""};
+}
+
+// The library alone, given the bytes as they are.
+Outcome runDefault(const TestCase &test, std::string bytes) {
     bytes.append(4, '\0');  // terminates the text in every encoding
     vrkParseError error{};
     vrkNode *document = vrkDOM_parse(bytes.data(), &error);
-    const bool wellFormed = test.type != "not-wf";
-    Outcome outcome{"agrees", ""};
-    if (document == nullptr) {
-        if (wellFormed) {
-            outcome = {"rejects", std::string(vrktool::errorName(error.code)) + " at " + std::to_string(error.offset)};
-        }
-        return outcome;
-    }
-    if (!wellFormed) {
-        outcome.kind = "accepts";
-    } else if (!test.output.empty() && conformance::canonicalForm(document) != readBytes(test.output)) {
-        outcome.kind = "output";
-    }
+    const Outcome outcome =
+        judge(test, document, std::string(vrkxml::errorName(error.code)) + " at " + std::to_string(error.offset));
     vrkDOM_destroyNode(document, 1);
     return outcome;
 }
 
+// The C++ layer with its strict checks.
+Outcome runStrict(const TestCase &test, const std::string &bytes) {
+    vrkxml::ParseOptions options;
+    options.strict = true;
+    const auto parsed = vrkxml::parse(bytes, options);
+    if (parsed) return judge(test, parsed.value().node(), "");
+    const vrkxml::Error &error = parsed.error();
+    const std::string words = vrkxml::errorName(error.code);
+    return judge(test, nullptr, words + " at " + std::to_string(error.offset) + ": " + error.message);
+}
+
 struct Expectation {
-    std::string kind;
+    std::string kind[kModes];
     std::string reason;
 };
 
-// Lines "ID | KIND | REASON"; # begins a comment.
+// Lines "ID | DEFAULT | STRICT | REASON"; # begins a comment.
 std::map<std::string, Expectation> readExpectations(const fs::path &path) {
     std::map<std::string, Expectation> expectations;
     std::ifstream in(path);
     for (std::string line; std::getline(in, line);) {
         if (line.empty() || line[0] == '#') continue;
-        const std::size_t first = line.find(" | ");
-        const std::size_t second = line.find(" | ", first + 3);
-        if (first == std::string::npos || second == std::string::npos) {
+        std::vector<std::string> fields;
+        for (std::size_t start = 0;;) {
+            const std::size_t bar = line.find(" | ", start);
+            fields.push_back(line.substr(start, bar == std::string::npos ? std::string::npos : bar - start));
+            if (bar == std::string::npos) break;
+            start = bar + 3;
+        }
+        if (fields.size() != 4) {
             std::cerr << "unreadable expectation: " << line << "\n";
             std::exit(1);
         }
-        expectations[line.substr(0, first)] = {line.substr(first + 3, second - first - 3), line.substr(second + 3)};
+        expectations[fields[0]] = {{fields[1], fields[2]}, fields[3]};
     }
     return expectations;
 }
@@ -141,41 +162,63 @@ std::map<std::string, Expectation> readExpectations(const fs::path &path) {
 struct Summary {
     int total = 0;
     int applicable = 0;
-    int agreeing = 0;
+    int agreeing[kModes] = {};
     int outputsCompared = 0;
-    std::map<std::string, std::vector<std::string>> differentByReason;
+    // By rule: the cases each mode leaves different.
+    std::map<std::string, std::vector<std::string>> differentByReason[kModes];
     std::map<std::string, int> notApplicableByReason;
 };
 
+int differences(const Summary &summary, Mode mode) {
+    int count = 0;
+    for (const auto &[reason, ids] : summary.differentByReason[mode]) count += static_cast<int>(ids.size());
+    return count;
+}
+
 std::string page(const Summary &summary) {
-    int different = 0;
-    for (const auto &[reason, ids] : summary.differentByReason) different += static_cast<int>(ids.size());
     int skipped = 0;
     for (const auto &[reason, count] : summary.notApplicableByReason) skipped += count;
+    const auto both = [](auto value) {
+        std::ostringstream cells;
+        cells << " | " << value << " | " << value << " |\n";
+        return cells.str();
+    };
 
     std::ostringstream out;
     out << "# Conformance\n\n"
         << "How libvrkxml fares on the W3C XML Conformance Test Suite (edition of\n"
-        << "2013-09-23). The test program `Tests/conformance` writes this page; a\n"
-        << "test fails when the page, or any case's result, differs from what is\n"
-        << "recorded here and in `Tests/conformance/expectations.txt`.\n\n"
+        << "2013-09-23), by default and with the C++ layer's strict checks\n"
+        << "(`vrkxml::ParseOptions::strict`, `vrkxml check --strict`). The test\n"
+        << "program `Tests/conformance` writes this page; a test fails when the\n"
+        << "page, or any case's result in either mode, differs from what is\n"
+        << "recorded here and in `Tests/conformance/expectations.txt`, or when\n"
+        << "strict mode differs from the suite on more than " << kMostStrictDifferences << " case.\n\n"
         << "A case is applicable when it is XML 1.0, its document has no document\n"
         << "type declaration, and it is encoded in UTF-8 or UTF-16. Valid and\n"
         << "invalid documents must parse, not-well-formed ones must fail; a valid\n"
         << "document with a canonical output must also give that output (in the\n"
         << "2013 suite every valid document with such an output also has a document\n"
-        << "type declaration, so none is compared).\n\n"
-        << "| | Cases |\n|---|---:|\n"
-        << "| In the suite | " << summary.total << " |\n"
-        << "| Applicable | " << summary.applicable << " |\n"
-        << "| Agreeing with the suite | " << summary.agreeing << " |\n"
-        << "| Canonical outputs compared | " << summary.outputsCompared << " |\n"
-        << "| Deliberately different | " << different << " |\n"
-        << "| Not applicable | " << skipped << " |\n\n"
+        << "type declaration, so none is compared). By default the library is\n"
+        << "given the file's bytes; in strict mode the C++ layer reads them.\n\n"
+        << "| | Default | Strict |\n|---|---:|---:|\n"
+        << "| In the suite" << both(summary.total) << "| Applicable" << both(summary.applicable)
+        << "| Agreeing with the suite | " << summary.agreeing[kDefault] << " | " << summary.agreeing[kStrict] << " |\n"
+        << "| Canonical outputs compared" << both(summary.outputsCompared)
+        << "| Deliberately different | " << differences(summary, kDefault) << " | " << differences(summary, kStrict)
+        << " |\n"
+        << "| Not applicable" << both(skipped) << "\n"
         << "## Deliberate differences, by the rule responsible\n\n"
-        << "| Rule | Cases |\n|---|---:|\n";
-    for (const auto &[reason, ids] : summary.differentByReason) out << "| " << reason << " | " << ids.size() << " |\n";
-    for (const auto &[reason, ids] : summary.differentByReason) {
+        << "| Rule | Default | Strict |\n|---|---:|---:|\n";
+    std::map<std::string, std::vector<std::string>> rules = summary.differentByReason[kDefault];
+    for (const auto &[reason, ids] : summary.differentByReason[kStrict]) rules[reason];
+    const auto casesOf = [&](Mode mode, const std::string &reason) {
+        const auto found = summary.differentByReason[mode].find(reason);
+        return found == summary.differentByReason[mode].end() ? 0 : found->second.size();
+    };
+    for (const auto &[reason, ids] : rules) {
+        out << "| " << reason << " | " << casesOf(kDefault, reason) << " | " << casesOf(kStrict, reason) << " |\n";
+    }
+    for (const auto &[reason, ids] : rules) {
         out << "\n### " << reason << "\n\n";
         for (std::size_t i = 0; i < ids.size(); ++i) out << (i == 0 ? "" : ", ") << "`" << ids[i] << "`";
         out << "\n";
@@ -212,27 +255,33 @@ int main(int argc, char **argv) {
         if (!reason.empty()) {
             ++summary.notApplicableByReason[reason];
             if (expected != expectations.end()) {
-                std::cout << "STALE " << test.id << ": listed as " << expected->second.kind << " but not applicable ("
+                std::cout << "STALE " << test.id << ": listed as " << expected->second.kind[kDefault]
+                          << " but not applicable ("
                           << reason << ")\n";
                 ++surprises;
             }
             continue;
         }
         ++summary.applicable;
-        const Outcome outcome = run(test, bytes);
         if (test.type != "not-wf" && !test.output.empty()) ++summary.outputsCompared;
-        const std::string expectedKind = expected == expectations.end() ? "agrees" : expected->second.kind;
-        if (outcome.kind != expectedKind) {
-            ++surprises;
-            std::cout << "UNEXPECTED " << test.id << " (" << test.type << ", " << test.file.string()
-                      << "): " << outcome.kind << (outcome.detail.empty() ? "" : " " + outcome.detail)
-                      << ", expected " << expectedKind << "\n    " << test.description << "\n";
-        }
-        if (outcome.kind == "agrees") {
-            ++summary.agreeing;
-        } else {
-            const std::string rule = expected == expectations.end() ? "(no reason recorded)" : expected->second.reason;
-            summary.differentByReason[rule].push_back(test.id);
+        const Outcome outcomes[kModes] = {runDefault(test, bytes), runStrict(test, bytes)};
+        for (const Mode mode : {kDefault, kStrict}) {
+            const Outcome &outcome = outcomes[mode];
+            const std::string expectedKind = expected == expectations.end() ? "agrees" : expected->second.kind[mode];
+            if (outcome.kind != expectedKind) {
+                ++surprises;
+                std::cout << "UNEXPECTED " << (mode == kStrict ? "(strict) " : "") << test.id << " (" << test.type
+                          << ", " << test.file.string() << "): " << outcome.kind
+                          << (outcome.detail.empty() ? "" : " " + outcome.detail) << ", expected " << expectedKind
+                          << "\n    " << test.description << "\n";
+            }
+            if (outcome.kind == "agrees") {
+                ++summary.agreeing[mode];
+            } else {
+                const std::string rule =
+                    expected == expectations.end() ? "(no reason recorded)" : expected->second.reason;
+                summary.differentByReason[mode][rule].push_back(test.id);
+            }
         }
     }
     for (const auto &[id, expectation] : expectations) {
@@ -242,6 +291,11 @@ int main(int argc, char **argv) {
         }
     }
 
+    if (differences(summary, kStrict) > kMostStrictDifferences) {
+        std::cout << "STRICT MODE differs from the suite on " << differences(summary, kStrict) << " cases; at most "
+                  << kMostStrictDifferences << " may differ\n";
+        ++surprises;
+    }
     const std::string written = page(summary);
     std::cout << written;
     if (std::getenv("VRKXML_WRITE_CONFORMANCE_PAGE") != nullptr) {

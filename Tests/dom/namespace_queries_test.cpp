@@ -39,11 +39,10 @@ TEST(NamespaceCreate, SplitsOrRefusesTheQualifiedName) {
     EXPECT_EQ(make(u"a:bc", 4), "a|bc|a:bc|urn:x");
     EXPECT_EQ(make(u"p:q", -1, 0), "p|q|p:q|");  // an empty namespace name is no null one
 
-    EXPECT_EQ(forEachAllocationFailure([&](const AllocationRun &run) {
-                  const std::string made = make(u"p:local");
-                  EXPECT_EQ(made, run.failed() ? "error 1 Source/dom dom_test:77" : "p|local|p:local|urn:x");
-              }),
-              6);
+    forEachAllocationFailure([&](const AllocationRun &run) {
+        const std::string made = make(u"p:local");
+        EXPECT_EQ(made, run.failed() ? "error 1 Source/dom dom_test:77" : "p|local|p:local|urn:x");
+    });
     // A pending record is kept, ahead of any look at the arguments.
     const Units name = units(u"a:b");
     vrkDOMException pending = kPending;

@@ -1,7 +1,8 @@
 #!/bin/bash
 # Installs the built library into a temporary prefix and builds two small
-# consumers against it: a C program through pkg-config and a C++ program
-# through the CMake package.  Both must run.
+# consumers against it: a C program through pkg-config, and a C++ program
+# on the C++ layer (vrkxml.hpp) through the CMake package and through
+# pkg-config.  All must run.
 #   install_test.sh BUILD_DIR C_COMPILER CXX_COMPILER [SANITIZER_FLAGS]
 # A library built with sanitizers needs consumers built with the same flags
 # (';'-separated, as CMake passes a list).
@@ -29,4 +30,8 @@ cmake -S "$here/cxx_consumer" -B "$work/cxx" -DCMAKE_PREFIX_PATH="$prefix" -DCMA
     -DCMAKE_CXX_FLAGS="${sanitize[*]}" -DCMAKE_EXE_LINKER_FLAGS="${sanitize[*]}" >/dev/null
 cmake --build "$work/cxx" >/dev/null
 "$work/cxx/cxx_consumer"
+# shellcheck disable=SC2046
+"$cxx" -std=c++17 -Wall -Wextra -pedantic -Werror "${sanitize[@]}" "$here/cxx_consumer/main.cpp" \
+    $(pkg-config --cflags --libs vrkxml) -o "$work/cxx_pkg_config"
+"$work/cxx_pkg_config"
 echo "install ok"

@@ -1,8 +1,10 @@
 #include "support/alloc_wrap.h"
 
 #include <cstddef>
+#include <cstdio>
+#include <cstdlib>
+#include <map>
 #include <mutex>
-#include <unordered_set>
 
 extern "C" {
 void *__real_malloc(std::size_t size);
@@ -13,21 +15,39 @@ void __real_free(void *block);
 
 namespace {
 
-// The blocks handed out through the wrappers.  Other code in the program
-// (the C library, GoogleTest, the fuzzer) may free blocks it got elsewhere;
-// those are not ours to count.  The set allocates through operator new,
-// which the wrappers do not see, so there is no recursion.
+// The blocks handed out through the wrappers, with their sizes.  Other code
+// in the program (the C library, GoogleTest, the fuzzer) may free blocks it
+// got elsewhere; those are not ours to count.  But a pointer into a live
+// block of ours that is not its start was never a block: freeing it is the
+// fault of freeing a string that lives inside its node's block, and the
+// program stops there.  The map allocates through operator new, which the
+// wrappers do not see, so there is no recursion.
 struct LiveBlocks {
     std::mutex mutex;
-    std::unordered_set<void *> blocks;
+    std::map<const char *, std::size_t> blocks;
 
-    void add(void *block) {
+    void add(void *block, std::size_t size) {
         std::lock_guard<std::mutex> lock(mutex);
-        blocks.insert(block);
+        blocks[static_cast<const char *>(block)] = size;
     }
-    void remove(void *block) {
+    // Forgets block and returns its size; 0 for a block from elsewhere.
+    std::size_t remove(void *block) {
+        const auto *p = static_cast<const char *>(block);
         std::lock_guard<std::mutex> lock(mutex);
-        blocks.erase(block);
+        auto found = blocks.upper_bound(p);
+        if (found == blocks.begin()) return 0;
+        --found;
+        if (found->first == p) {
+            const std::size_t size = found->second;
+            blocks.erase(found);
+            return size;
+        }
+        if (p < found->first + found->second) {
+            std::fprintf(stderr, "free(%p): a pointer inside the live block %p of %zu bytes\n", block,
+                         static_cast<const void *>(found->first), found->second);
+            std::abort();
+        }
+        return 0;
     }
     int64_t count() {
         std::lock_guard<std::mutex> lock(mutex);
@@ -66,23 +86,26 @@ extern "C" {
 void *__wrap_malloc(std::size_t size) {
     if (refuseNext()) return nullptr;
     void *block = __real_malloc(size);
-    if (block != nullptr) live().add(block);
+    if (block != nullptr) live().add(block, size);
     return block;
 }
 
 void *__wrap_calloc(std::size_t count, std::size_t size) {
     if (refuseNext()) return nullptr;
     void *block = __real_calloc(count, size);
-    if (block != nullptr) live().add(block);
+    if (block != nullptr) live().add(block, count * size);
     return block;
 }
 
 void *__wrap_realloc(void *block, std::size_t size) {
     if (refuseNext()) return nullptr;
+    // A pointer inside a block stops here, before the C library sees it.
+    const std::size_t oldSize = block != nullptr ? live().remove(block) : 0;
     void *moved = __real_realloc(block, size);
     if (moved != nullptr) {
-        if (block != nullptr) live().remove(block);
-        live().add(moved);
+        live().add(moved, size);
+    } else if (oldSize != 0) {
+        live().add(block, oldSize);  // refused: the old block stays
     }
     return moved;
 }

@@ -244,10 +244,10 @@ TEST(Documents, EveryRefusedAllocationFailsTheParseCleanly) {
             EXPECT_EQ(parsed.document ? describe(parsed.document.get()) : "error " + std::to_string(parsed.error.code),
                       run.failed() ? "error " + std::to_string(code) : tree) << "allocation " << run.failingIndex();
         });
-        EXPECT_GT(runs, 40) << (wide ? "UTF-16" : "UTF-8");
+        EXPECT_GT(runs, 1) << (wide ? "UTF-16" : "UTF-8") << ": no allocation was refused";
     }
-    // Resolution copies the element's local and namespace names and reports at the '>' (13); the
-    // declaration's stack entry is refused behind its value (12); the pending error beats the end tag.
+    // The declaration's stack entry is refused behind its value (12); the pending error beats the
+    // end tag.
     std::map<std::string, int> inParser;  // outcomes other than a failure outside the parser
     forEachAllocationFailure([&](const AllocationRun &run) {
         const std::string got = outcome("<a xmlns='u' ></b>");
@@ -255,7 +255,7 @@ TEST(Documents, EveryRefusedAllocationFailsTheParseCleanly) {
     });
     EXPECT_EQ(inParser, (std::map<std::string, int>{{"done " + err(ERR_END_TAG, 18), 1},
                                                     {err(ERR_ENCODING_DECL, 0), 1},  // the decoded copy
-                                                    {err(ERR_OUT_OF_MEMORY, 12), 1}, {err(ERR_OUT_OF_MEMORY, 13), 2}}));
+                                                    {err(ERR_OUT_OF_MEMORY, 12), 1}}));
 }
 
 TEST(Documents, ManyAttributesKeepTheirOrderAndDuplicatesAreFound) {

@@ -1,22 +1,28 @@
-// A C++ program built against the installed library through its CMake package.
+// A C++ program built against the installed library and its C++ layer,
+// through the CMake package and through pkg-config.
 #include <cstdio>
 #include <string>
 
-#include <vrkxml.h>
+#include <vrkxml.hpp>
 
 int main() {
-    vrkDOMException exception{};
-    vrkNode *document = vrkDOMReal_createDocument(__FILE__, __LINE__, &exception);
-    const UniChar name[] = {'r', 'o', 'o', 't'};
-    vrkNode *root = vrkDOMReal_createEANode(__FILE__, __LINE__, ELEMENT_NODE, name, 4, &exception);
-    vrkNodeReal_appendChild(__FILE__, __LINE__, document, root, &exception);
-    std::string out;
-    auto append = [](const void *data, uint32_t length, void *user) {
-        static_cast<std::string *>(user)->append(static_cast<const char *>(data), length);
-        return 0;
-    };
-    const int32_t written = vrkDOM_serialize(document, ENCODING_UTF8, append, &out);
-    vrkDOM_destroyNode(document, 1);
-    std::printf("%s", out.c_str());
-    return exception.code == 0 && written == 1 && out.find("<root></root>") != std::string::npos ? 0 : 1;
+    const std::string text =
+        "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<root>\xF0\x9F\x98\x80</root>\n";
+    auto parsed = vrkxml::parse(text);
+    if (!parsed) {
+        std::printf("%s at %lld:%lld\n", parsed.error().message.c_str(),
+                    static_cast<long long>(parsed.error().line),
+                    static_cast<long long>(parsed.error().column));
+        return 1;
+    }
+    auto item = vrkxml::makeElement("item");
+    if (!item || !vrkxml::append(parsed.value().root(), item.value())) return 1;
+    const auto out = vrkxml::serialize(parsed.value().node(), vrkxml::Encoding::utf8);
+    std::printf("%s", out ? out.value().c_str() : out.error().message.c_str());
+    const bool found = vrkxml::findChild(parsed.value().root(), "item") != nullptr;
+    return found && out &&
+                   out.value().find("<root>\xF0\x9F\x98\x80<item></item></root>") !=
+                       std::string::npos
+               ? 0
+               : 1;
 }
