@@ -10,6 +10,7 @@ root=$(dirname "$here")
 build=$root/build-fuzz
 targets=(fuzz_parse fuzz_round_trip fuzz_edit fuzz_oom)
 
+bash "$root/scripts/bootstrap.sh" fuzz || exit 2
 mkdir -p "$build"
 cmake -S "$here" -B "$build" -DCMAKE_CXX_COMPILER=clang++ -DCMAKE_C_COMPILER=clang > "$build/configure.log" 2>&1 &&
   cmake --build "$build" -j "$(nproc)" > "$build/build.log" 2>&1 ||
@@ -32,13 +33,10 @@ if [[ ${1:-} == --replay ]]; then
 fi
 
 seconds=${1:-60}
-# The conformance suite seeds the corpora when its zip is at hand.
-zip=${VRKXML_CONFORMANCE_ZIP:-$root/../shared/xmlts20130923.zip}
-suite=
-if [[ -f $zip ]]; then
-  suite=$build/xmlts
-  [[ -d $suite/xmlconf ]] || { mkdir -p "$suite" && (cd "$suite" && cmake -E tar xf "$zip"); }
-fi
+# The conformance suite (kept in the repository) seeds the corpora.
+suite=$build/xmlts
+[[ -d $suite/xmlconf ]] || { mkdir -p "$suite" &&
+  (cd "$suite" && cmake -E tar xf "$root/Tests/conformance/xmlts20130923.zip"); }
 bash "$here/make_corpus.sh" "$build/corpus" "$suite"
 
 for t in "${targets[@]}"; do

@@ -20,7 +20,7 @@
 # past the 1,024 levels it remembers).
 set -euo pipefail
 cd "$(dirname "$0")/.."
-bash scripts/bootstrap.sh
+bash scripts/bootstrap.sh memcheck
 command -v valgrind >/dev/null || { echo "memcheck: valgrind is not installed (apt-get install valgrind)" >&2; exit 1; }
 
 dir=${1:-build-memcheck}

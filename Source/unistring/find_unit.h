@@ -4,7 +4,8 @@
 
 #include "unistring/unit_access.h"
 
-#if defined(__SSE2__)
+#include "unistring/simd.h"
+#if VRKXML_SSE2
 #include <emmintrin.h>
 #endif
 
@@ -16,7 +17,7 @@ namespace vrk {
 // is not followed by its terminator.
 template <UniChar... wanted>
 inline UniChar *findUnit(UniChar *p, const UniChar *last) {
-#if defined(__SSE2__)
+#if VRKXML_SSE2
     while (last - p >= 7) {
         const __m128i units = _mm_loadu_si128(reinterpret_cast<const __m128i *>(p));
         __m128i hits = _mm_setzero_si128();

@@ -6,7 +6,8 @@
 #include "unistring/text_limits.h"
 #include "unistring/unit_access.h"
 
-#if defined(__SSE2__)
+#include "unistring/simd.h"
+#if VRKXML_SSE2
 #include <emmintrin.h>
 #endif
 
@@ -39,7 +40,7 @@ constexpr bool acceptable(int continuations, uint32_t value) {
 // Texts are mostly ASCII, so this is the decoder's fast path.
 std::size_t asciiRun(const unsigned char *p, std::size_t available) {
     std::size_t n = 0;
-#if defined(__SSE2__)
+#if VRKXML_SSE2
     while (n + 16 <= available) {
         const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i *>(p + n));
         const int high = _mm_movemask_epi8(bytes);
@@ -54,7 +55,7 @@ std::size_t asciiRun(const unsigned char *p, std::size_t available) {
 // Widens `count` ASCII bytes to units.
 void widenAscii(const unsigned char *in, UniChar *out, std::size_t count) {
     std::size_t i = 0;
-#if defined(__SSE2__)
+#if VRKXML_SSE2
     const __m128i zero = _mm_setzero_si128();
     for (; i + 16 <= count; i += 16) {
         const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i *>(in + i));

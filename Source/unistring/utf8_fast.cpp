@@ -2,7 +2,8 @@
 
 #include "unistring/unit_access.h"
 
-#if defined(__SSE2__)
+#include "unistring/simd.h"
+#if VRKXML_SSE2
 #include <emmintrin.h>
 #endif
 
@@ -11,7 +12,7 @@ namespace vrk {
 int64_t utf8BytesOfRun(const UniChar *s, int64_t units) {
     int64_t bytes = units;
     int64_t i = 0;
-#if defined(__SSE2__)
+#if VRKXML_SSE2
     // A unit adds a byte above 0x7F and another above 0x7FF.  The extra
     // bytes are summed in the vector (the baseline instruction set has no
     // popcount, which would be a library call for every eight units).
@@ -42,7 +43,7 @@ int64_t utf8BytesOfRun(const UniChar *s, int64_t units) {
 
 char *encodeRun(const UniChar *s, int64_t units, char *dest) {
     int64_t i = 0;
-#if defined(__SSE2__)
+#if VRKXML_SSE2
     // Blocks of eight ASCII units are narrowed at once; a block that holds
     // any other unit is encoded unit by unit, and the next block is tried
     // again, so that one accented letter does not slow the rest.  Short

@@ -56,9 +56,6 @@ void expectRefused(unsigned char *text) {
 
 TEST(TextLimits, MoreUnitsThanOffsetsCanAddressAreRefused) {
     expectRefused(HugeText(kUnitsPastLimit, 'a', 'a').bytes());  // UTF-8, one unit per byte
-#if defined(__SANITIZE_ADDRESS__)
-    GTEST_SKIP() << "the UTF-16 cases read 4 GiB unit by unit: release builds only";
-#endif
     HugeText utf16(2 * kUnitsPastLimit, 'a', 0), swapped(2 * kUnitsPastLimit, 0, 'a');
     utf16.bytes()[0] = '<';  // machine order, "<" then "a"...
     expectRefused(utf16.bytes());
