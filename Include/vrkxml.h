@@ -69,14 +69,23 @@ typedef struct vrkNamedNodeMap {
 
 /* The one record for every kind of node.  Read the fields directly; there
  * are no accessors.  By kind:
- *   element, attribute: name = qualified name as written (heap);
- *                       attribute value = heap string, null until set;
- *                       namespaceURI, prefix, localName = heap strings or null.
- *   text:               name = static "#text", value = heap string.
- *   CDATA section:      name = static "#cdata-section", value = heap string.
- *   processing instr.:  name = target, value = data (both heap).
+ *   element, attribute: name = qualified name as written (node's own);
+ *                       attribute value = node's own string, null until set;
+ *                       namespaceURI, prefix, localName = node's own or null.
+ *   text:               name = static "#text", value = node's own string.
+ *   CDATA section:      name = static "#cdata-section", value = node's own.
+ *   processing instr.:  name = target, value = data (both the node's own).
  *   document:           name = static "#document", value = null.
- * Every heap string belongs to the node and goes with it. */
+ * Every string of a node's own belongs to it and goes with it; no two
+ * fields, and no two nodes, share one.  A node is one block from malloc:
+ * the record with the strings it was made with behind it, so these strings
+ * are not blocks of their own.  Never free or realloc a node's string;
+ * change it through vrkNodeReal_setNodeValue or vrkNodeReal_setPrefix.  A
+ * string that such a change makes longer than its room in the block moves
+ * to a block of its own, which the node owns likewise.  A caller may store
+ * a string from malloc in a field that is null; the node then owns it and
+ * frees it with itself.  Records come only from the library's factories,
+ * the parser and vrkNodeReal_cloneNode. */
 struct vrkNode {
     UniChar        *name;
     UniChar        *value;
@@ -277,9 +286,11 @@ vrkNode *vrkDOMReal_createProcessingInstruction(const char *callerFile, int32_t 
 /* Editing                                                                  */
 /* ------------------------------------------------------------------------ */
 
-/* Replaces the value of an attribute, text or CDATA node with a copy: 1.  Any
- * other kind: 0 with nothing recorded.  Exhausted memory: 0 with
- * ERR_OUT_OF_MEMORY, the old value kept. */
+/* Replaces the value of an attribute, text or CDATA node with a copy of
+ * value (which may lie in the old value): 1.  Any other kind: 0 with nothing
+ * recorded.  Exhausted memory: 0 with ERR_OUT_OF_MEMORY, the old value kept
+ * (a value no longer than the old one is written in its place and needs no
+ * memory). */
 int32_t  vrkNodeReal_setNodeValue(const char *callerFile, int32_t callerLine, vrkNode *node,
                                   const UniChar *value, int32_t valueLength,
                                   vrkDOMException *exception);
@@ -315,14 +326,14 @@ vrkNode *vrkNodeReal_replaceChild(const char *callerFile, int32_t callerLine, vr
 vrkNode *vrkNodeReal_removeChild(const char *callerFile, int32_t callerLine, vrkNode *parent,
                                  vrkNode *oldChild, vrkDOMException *exception);
 
-/* Rewrites the prefix of node in `prefix` and `name`, in place: 1, or 0.
- * prefix is a zero-terminated string of prefixLength units; null removes
- * the prefix, and so does an empty one (prefixLength 0), which would
- * otherwise leave a name beginning with its colon.  localName and
- * namespaceURI are not touched.  Refuses a node without a namespaceURI
- * (ERR_NAMESPACE).  A longer prefix grows both blocks (ERR_OUT_OF_MEMORY
- * leaves the node reading as before); a shorter one shrinks them, and a
- * refused shrink keeps the larger, already complete block. */
+/* Rewrites the prefix of node in `prefix` and `name`: 1, or 0.  prefix is
+ * a zero-terminated string of prefixLength units; null removes the prefix,
+ * and so does an empty one (prefixLength 0), which would otherwise leave a
+ * name beginning with its colon.  localName and namespaceURI are not
+ * touched.  Refuses a node without a namespaceURI (ERR_NAMESPACE).  A
+ * prefix of the same length or shorter is written in place and allocates
+ * nothing; a longer one needs room for both strings (ERR_OUT_OF_MEMORY
+ * leaves the node reading as before). */
 int32_t  vrkNodeReal_setPrefix(const char *callerFile, int32_t callerLine, vrkNode *node,
                                const UniChar *prefix, int32_t prefixLength,
                                vrkDOMException *exception);
@@ -747,9 +758,11 @@ int32_t Produce_Eq(ProduceContext *context);
  * has both pointers null when there is no colon, and a second colon ends the
  * name.  The tokens mean nothing after NO_MATCH. */
 int32_t Produce_QName(ProduceContext *context, Token *qualified, Token *prefix, Token *local);
-/* A start or empty-element tag.  Its element is appended to context->current
- * and made current before the attributes are read; namespaces are resolved
- * behind them, their errors left pending.  *hasContent is 1 after >, or 0
+/* A start or empty-element tag.  Its element, with the attributes read, is
+ * appended to context->current and made current; an attribute that fails
+ * leaves the element so appended with the attributes before it, none with
+ * a namespace name.  Namespaces are resolved once the attributes are read,
+ * their errors left pending.  *hasContent is 1 after >, or 0
  * after /> (current then back at the parent); name is the qualified name.
  * NO_MATCH (cursor unmoved) unless < and a QName begin here; ERR_TAG_END
  * when neither > nor /> ends the tag. */

@@ -231,3 +231,43 @@ TEST(Productions, ValueResolutionShrinksInPlace) {
         std::free(out);
     }
 }
+
+TEST(Productions, StartTagAndValueOnAContextGivenByACaller) {
+    Bare value(u"'a&lt;b'>");
+    Token token{};
+    EXPECT_EQ(Produce_AttValue(&value.context, &token), PRODUCE_OK);
+    EXPECT_EQ(token.end - token.start + 1, 6) << "the value stays raw: a&lt;b";
+    EXPECT_EQ(value.context.cursor - value.text.data(), 8);
+
+    // Under a document that has its element, a second one is refused and not left over.
+    Bare tag(u"<second a='1'/>");
+    vrkDOMException exception{};
+    const UniChar name[] = {'r'};
+    vrkNode *document = vrkDOMReal_createDocument(__FILE__, __LINE__, &exception);
+    vrkNodeReal_appendChild(__FILE__, __LINE__, document,
+                            vrkDOMReal_createEANode(__FILE__, __LINE__, ELEMENT_NODE, name, 1, &exception),
+                            &exception);
+    tag.context.document = tag.context.current = document;
+    const int64_t live = liveAllocations();
+    int32_t hasContent = -1;
+    EXPECT_EQ(Produce_STagOREmptyElemTag(&tag.context, &token, &hasContent), PRODUCE_ERROR);
+    EXPECT_EQ(tag.context.error.code, ERR_HIERARCHY_REQUEST);
+    EXPECT_EQ(liveAllocations(), live) << "the refused element was left behind";
+    EXPECT_EQ(describe(document), "#document[r]");
+    vrkDOM_destroyNode(document, 1);
+}
+
+TEST(Documents, ManyAttributesUnderEveryRefusedAllocation) {
+    // More attributes than a start tag keeps without a block of its own.
+    std::string text = "<e";
+    for (int i = 0; i < 40; ++i) text += " a" + std::to_string(i) + "='" + std::to_string(i) + "'";
+    text += "/>";
+    forEachAllocationFailure([&](const AllocationRun &run) {
+        const Parsed parsed = parseUtf8(text);
+        const int32_t expected = run.failingIndex() == 1 ? ERR_ENCODING_DECL : ERR_OUT_OF_MEMORY;
+        EXPECT_EQ(parsed.document == nullptr, run.failed());
+        if (run.failed()) {
+            EXPECT_EQ(parsed.error.code, expected) << "allocation " << run.failingIndex();
+        }
+    });
+}
