@@ -2,6 +2,7 @@
 #include "unistring/export.h"
 #include "unistring/unit_access.h"
 #include "unistring/find_unit.h"
+#include "xmlparser/character_node.h"
 #include "xmlparser/literal.h"
 #include "xmlparser/parse_error.h"
 
@@ -11,12 +12,6 @@ namespace {
 
 constexpr vrk::Literal kCDStart{u"<![CDATA["};
 constexpr vrk::Literal kCDEnd{u"]]>"};
-
-int32_t appendNode(ProduceContext *context, vrkNode *node) {
-    if (node == nullptr) return PRODUCE_ERROR;  // the factory reported, or found an error pending
-    vrkNodeReal_appendChild(VRK_PARSER_SITE, context->current, node, vrk::treeException(context));
-    return PRODUCE_OK;
-}
 
 }  // namespace
 
@@ -35,7 +30,7 @@ VRK_EXPORT int32_t Produce_CharData(ProduceContext *context) {
     context->cursor = p;
     if (p == start) return PRODUCE_NO_MATCH;
     const auto length = static_cast<int32_t>(p - start);
-    return appendNode(context, vrkDOMReal_createTextNode(VRK_PARSER_SITE, start, length, vrk::treeException(context)));
+    return vrk::appendCharacterNode(context, TEXT_NODE, start, length, __LINE__);
 }
 
 VRK_EXPORT int32_t Produce_CDStart(ProduceContext *context) {
@@ -66,6 +61,5 @@ VRK_EXPORT int32_t Produce_CDSect(ProduceContext *context) {
     if (Produce_CData(context) != PRODUCE_OK) return PRODUCE_ERROR;
     const auto length = static_cast<int32_t>(context->cursor - start);
     Produce_CDEnd(context);
-    return appendNode(context,
-                      vrkDOMReal_createCDATASection(VRK_PARSER_SITE, start, length, vrk::treeException(context)));
+    return vrk::appendCharacterNode(context, CDATA_SECTION_NODE, start, length, __LINE__);
 }

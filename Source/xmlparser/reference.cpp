@@ -1,6 +1,7 @@
 // Entity and character references.
 #include "unistring/export.h"
 #include "unistring/unit_access.h"
+#include "xmlparser/character_node.h"
 #include "xmlparser/literal.h"
 #include "xmlparser/parse_error.h"
 
@@ -69,8 +70,5 @@ VRK_EXPORT int32_t Produce_Reference(ProduceContext *context, int32_t mode) {
     if (result != PRODUCE_OK || mode != 1) return result;
 
     // In content each reference becomes a text node of its one unit.
-    vrkNode *text = vrkDOMReal_createTextNode(VRK_PARSER_SITE, &unit, 1, vrk::treeException(context));
-    if (text == nullptr) return PRODUCE_ERROR;
-    vrkNodeReal_appendChild(VRK_PARSER_SITE, context->current, text, vrk::treeException(context));
-    return PRODUCE_OK;
+    return vrk::appendCharacterNode(context, TEXT_NODE, &unit, 1, __LINE__);
 }
