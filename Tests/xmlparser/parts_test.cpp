@@ -254,6 +254,16 @@ TEST(Productions, StartTagAndValueOnAContextGivenByACaller) {
     EXPECT_EQ(tag.context.error.code, ERR_HIERARCHY_REQUEST);
     EXPECT_EQ(liveAllocations(), live) << "the refused element was left behind";
     EXPECT_EQ(describe(document), "#document[r]");
+    // Text there is refused the same way; the production itself matched.
+    Bare text(u"words<");
+    text.context.document = text.context.current = document;
+    EXPECT_EQ(Produce_CharData(&text.context), PRODUCE_OK);
+    EXPECT_EQ(text.context.error.code, ERR_HIERARCHY_REQUEST);
+    EXPECT_EQ(liveAllocations(), live) << "the refused text node was left behind";
+    // A pending error refuses the node, as the factory would.
+    text.context.cursor = text.text.data();
+    EXPECT_EQ(Produce_CharData(&text.context), PRODUCE_ERROR);
+    EXPECT_EQ(describe(document), "#document[r]");
     vrkDOM_destroyNode(document, 1);
 }
 
