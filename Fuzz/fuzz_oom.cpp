@@ -9,6 +9,7 @@
 
 #include "fuzz_support.h"
 #include "support/alloc_wrap.h"
+#include "support/written.h"
 
 namespace {
 
@@ -34,7 +35,7 @@ Outcome parse(const fuzz::Text &original, int64_t refuseAt) {
     vrktest::stopRefusing();
     if (document != nullptr) {
         outcome.parsed = true;
-        outcome.tree = fuzz::serialize(document, ENCODING_UTF16);
+        outcome.tree = vrktest::written(document, ENCODING_UTF16);
         vrkDOM_destroyNode(document, 1);
     } else {
         fuzz::checkFailure(outcome.error, original);

@@ -3,7 +3,11 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <iterator>
 #include <vector>
+
+#include "support/document_generator.h"
+#include "vrkxml.hpp"
 
 namespace fuzz {
 
@@ -107,6 +111,30 @@ Text fromInput(const uint8_t *data, std::size_t size) {
     return makeText(kUtf8, data, size);
 }
 
+std::optional<Generated> generatedRequest(const uint8_t *data, std::size_t size) {
+    if (size < 2 || data[0] != 'G') return std::nullopt;
+    Generated request{data[1] == 0 ? 1u : data[1], 0};
+    for (std::size_t i = 2; i < size && i < 10; ++i) request.seed |= uint64_t{data[i]} << (8 * (i - 2));
+    return request;
+}
+
+// Swapped UTF-16 without a mark begins with a zero byte, which ends the text.
+constexpr uint8_t kGeneratedModes[] = {kUtf8, kNative, kNativeMark, kSwappedMark, kNativeMarkOdd, kUtf8Odd};
+
+uint8_t generatedMode(uint64_t seed) { return kGeneratedModes[seed % std::size(kGeneratedModes)]; }
+
+std::string generatedDocument(uint64_t seed) {
+    const uint8_t mode = generatedMode(seed);
+    const bool utf16 = mode != kUtf8 && mode != kUtf8Odd;
+    const std::u16string text = vrktest::DocumentGenerator(seed, utf16 && seed % 4 == 1).document(utf16);
+    return (!utf16 && seed % 16 < 5 ? "\xEF\xBB\xBF" : "") + vrkxml::toUtf8(text);
+}
+
+Text generatedText(uint64_t seed) {
+    const std::string bytes = generatedDocument(seed);
+    return makeText(generatedMode(seed), reinterpret_cast<const uint8_t *>(bytes.data()), bytes.size());
+}
+
 bool isParseCode(int32_t code) {
     switch (code) {
     case ERR_OUT_OF_MEMORY: case ERR_XMLDECL_VERSION: case ERR_BAD_ENCODING: case ERR_XMLDECL_END:
@@ -132,19 +160,6 @@ void checkFailure(const vrkParseError &error, const Text &text) {
         fail("parse error offset outside the text");
     }
     if (error.file == nullptr) fail("parse error record names no reporting site");
-}
-
-std::string serialize(const vrkNode *node, int32_t encoding, int32_t *result) {
-    std::string out;
-    const int32_t written = vrkDOM_serialize(
-        node, encoding,
-        [](const void *data, uint32_t length, void *user) {
-            static_cast<std::string *>(user)->append(static_cast<const char *>(data), length);
-            return 0;
-        },
-        &out);
-    if (result != nullptr) *result = written;
-    return out;
 }
 
 void fail(const char *what) {

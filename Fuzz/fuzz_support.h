@@ -1,10 +1,11 @@
 // Shared pieces of the fuzz targets: turning fuzz bytes into a parse input,
-// checking a parse failure, and writing a tree into a string.
+// generated documents on request, and checking a parse failure.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "vrkxml.h"
@@ -42,14 +43,26 @@ Text makeText(uint8_t mode, const uint8_t *data, std::size_t size);
 // other begins a UTF-8 text, so that plain XML files are inputs as they are.
 Text fromInput(const uint8_t *data, std::size_t size);
 
+// An input "G", N, SEED (up to eight bytes, little-endian) asks for N
+// documents of the tests' generator (N = 0 counts as 1), from SEED on.
+struct Generated {
+    unsigned count;
+    uint64_t seed;
+};
+std::optional<Generated> generatedRequest(const uint8_t *data, std::size_t size);
+
+// The generated document of `seed`, as UTF-8 when that is all it can be.
+std::string generatedDocument(uint64_t seed);
+
+// That document, presented in the mode `seed` picks (a UTF-8 text now and
+// then behind a byte order mark; characters beyond 16 bits in UTF-16 only).
+Text generatedText(uint64_t seed);
+
 // Whether a parse may report this code at all.
 bool isParseCode(int32_t code);
 
 // Checks the record of a failed parse of `text`; aborts on nonsense.
 void checkFailure(const vrkParseError &error, const Text &text);
-
-// The whole output of vrkDOM_serialize as bytes.
-std::string serialize(const vrkNode *node, int32_t encoding, int32_t *result = nullptr);
 
 [[noreturn]] void fail(const char *what);
 

@@ -1,11 +1,9 @@
 #include "support/tree_text.h"
 
-#include "vrkxml.h"
+#include <cstdlib>
 
 namespace vrktest {
 
-// The library's own UTF-8, unit by unit (each half of a surrogate pair in a
-// three-byte form), which the tests compare with what it writes.
 std::string utf8(const UniChar *s) {
     if (s == nullptr) return "(null)";
     std::string out;
@@ -15,6 +13,16 @@ std::string utf8(const UniChar *s) {
 }
 
 namespace {
+
+std::string namespaceName(const vrkNode *node, Names names) {
+    if (names == Names::raw || node->namespaceURI == nullptr) return utf8(node->namespaceURI);
+    UniChar *copy = vrkunistrdup(node->namespaceURI);
+    UniChar *resolved = copy == nullptr ? nullptr : AttrValueRefResolve(copy);
+    if (resolved == nullptr) std::abort();  // the tests never run out of memory here
+    std::string out = utf8(resolved);
+    std::free(resolved);
+    return out;
+}
 
 std::string quoted(const UniChar *s) {
     std::string out(1, '"');
@@ -26,88 +34,55 @@ std::string quoted(const UniChar *s) {
     return out;
 }
 
-std::string qualified(const vrkNode *node) {
-    std::string out;
-    if (node->namespaceURI != nullptr) {
-        out += '{';
-        out += utf8(node->namespaceURI);
-        out += '}';
-    }
-    out += utf8(node->name);
-    return out;
+std::string qualified(const vrkNode *node, Names names) {
+    const std::string uri = node->namespaceURI == nullptr ? "" : "{" + namespaceName(node, names) + "}";
+    return uri + utf8(node->name);
 }
 
-void append(std::string &out, const vrkNode *node);
-
-void appendChildren(std::string &out, const vrkNode *node) {
-    if (node->firstChild == nullptr) return;
-    out += "[";
+void append(std::string &out, const vrkNode *node, Names names) {
+    switch (node->type) {
+    case DOCUMENT_NODE: out += "#document"; break;
+    case ELEMENT_NODE: out += qualified(node, names); break;
+    case TEXT_NODE: out += quoted(node->value); break;
+    case CDATA_SECTION_NODE: out += 'C' + quoted(node->value); break;
+    case PROCESSING_INSTRUCTION_NODE: out += '?' + utf8(node->name) + quoted(node->value); break;
+    default: out += "#type" + std::to_string(node->type); break;
+    }
+    if (node->type == ELEMENT_NODE && node->attributes.first != nullptr) {
+        const char *separator = "(";
+        for (const vrkNode *a = node->attributes.first; a != nullptr; a = a->next) {
+            out += separator + qualified(a, names) + '=' + quoted(a->value);
+            separator = " ";
+        }
+        out += ")";
+    }
+    const bool hasChildren = node->type == ELEMENT_NODE || node->type == DOCUMENT_NODE;
+    if (!hasChildren || node->firstChild == nullptr) return;  // a stray child of a leaf is not shown
+    const char *separator = "[";
     for (const vrkNode *child = node->firstChild; child != nullptr; child = child->next) {
-        if (child != node->firstChild) out += ",";
-        append(out, child);
+        out += separator;
+        append(out, child, names);
+        separator = ",";
     }
     out += "]";
 }
 
-void append(std::string &out, const vrkNode *node) {
-    switch (node->type) {
-    case DOCUMENT_NODE:
-        out += "#document";
-        appendChildren(out, node);
-        break;
-    case ELEMENT_NODE:
-        out += qualified(node);
-        if (node->attributes.first != nullptr) {
-            out += "(";
-            for (const vrkNode *a = node->attributes.first; a != nullptr; a = a->next) {
-                if (a != node->attributes.first) out += " ";
-                out += qualified(a);
-                out += '=';
-                out += quoted(a->value);
-            }
-            out += ")";
-        }
-        appendChildren(out, node);
-        break;
-    case TEXT_NODE:
-        out += quoted(node->value);
-        break;
-    case CDATA_SECTION_NODE:
-        out += 'C';
-        out += quoted(node->value);
-        break;
-    case PROCESSING_INSTRUCTION_NODE:
-        out += '?';
-        out += utf8(node->name);
-        out += quoted(node->value);
-        break;
-    default:
-        out += "#type" + std::to_string(node->type);
-        break;
-    }
-}
-
 }  // namespace
 
-std::string describe(const vrkNode *node) {
+std::string describe(const vrkNode *node, Names names) {
     if (node == nullptr) return "(null)";
     std::string out;
-    append(out, node);
+    append(out, node, names);
     return out;
 }
 
-std::string namespaceFields(const vrkNode *node) {
+std::string namespaceFields(const vrkNode *node, Names names) {
     std::string out;
     if (node->type == ELEMENT_NODE || node->type == ATTRIBUTE_NODE) {
-        out += utf8(node->prefix);
-        out += '|';
-        out += utf8(node->localName);
-        out += '|';
-        out += utf8(node->namespaceURI);
-        out += ';';
+        out += utf8(node->prefix) + '|' + utf8(node->localName) + '|' + namespaceName(node, names) + ';';
     }
-    for (const vrkNode *a = node->attributes.first; a != nullptr; a = a->next) out += namespaceFields(a);
-    for (const vrkNode *c = node->firstChild; c != nullptr; c = c->next) out += namespaceFields(c);
+    for (const vrkNode *a = node->attributes.first; a != nullptr; a = a->next) out += namespaceFields(a, names);
+    for (const vrkNode *c = node->firstChild; c != nullptr; c = c->next) out += namespaceFields(c, names);
     return out;
 }
 
