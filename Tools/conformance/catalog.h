@@ -16,7 +16,6 @@ struct TestCase {
     std::string edition;         // empty, or e.g. "1 2 3 4", "5"
     std::string namespaces;      // empty, "yes" or "no"
     std::filesystem::path file;
-    std::filesystem::path output;  // empty when the case has no canonical output
     std::string description;
 };
 

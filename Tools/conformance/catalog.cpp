@@ -56,8 +56,6 @@ void readPart(const std::filesystem::path &part, std::vector<TestCase> &cases) {
         entry.edition = attribute(attributes, "EDITION");
         entry.namespaces = attribute(attributes, "NAMESPACE");
         entry.file = folder / attribute(attributes, "URI");
-        const std::string output = attribute(attributes, "OUTPUT");
-        if (!output.empty()) entry.output = folder / output;
         entry.description = collapseSpace((*it)[2].str());
         cases.push_back(entry);
     }
