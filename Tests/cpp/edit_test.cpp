@@ -53,7 +53,8 @@ TEST(CppEdit, NewNodesAndMovesKeepEveryNodeOwned) {
     vrkNode *root = parsed.value().root();
     auto element = vrkxml::makeElementNS("urn:x", "x:e");
     auto text = vrkxml::makeText(u"t");
-    ASSERT_TRUE(element.ok() && text.ok());
+    ASSERT_TRUE(element.ok());
+    ASSERT_TRUE(text.ok());
     EXPECT_TRUE(vrkxml::append(element.value().get(), text.value()).ok());
     EXPECT_FALSE(text.value());  // placed, so no longer the handle's
     EXPECT_TRUE(vrkxml::append(root, element.value()).ok());

@@ -61,7 +61,9 @@ TEST(CppUnicode, MalformedBytesAreRefusedAtTheFirstBadOne) {
     struct Case {
         std::string text;
         int32_t code;
-        int64_t offset, line, column;
+        int64_t offset;
+        int64_t line;
+        int64_t column;
     };
     for (const Case &c : {Case{"<a>\n\xC3(</a>", vrkxml::errMalformedText, 4, 2, 1},
                           {"<\xC3\xA9>\xE2\x82</\xC3\xA9>", vrkxml::errMalformedText, 4, 1, 4},

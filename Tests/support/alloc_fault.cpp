@@ -13,7 +13,8 @@ int64_t forEachAllocationFailure(const std::function<void(const AllocationRun &)
         scenario(run);
         const bool refused = allocationRefused();
         stopRefusing();
-        EXPECT_EQ(liveAllocations(), liveBefore) << "blocks leaked with allocation " << k << " refused";
+        EXPECT_EQ(liveAllocations(), liveBefore)
+            << "blocks leaked with allocation " << k << " refused";
         if (!refused) return k;
     }
     ADD_FAILURE() << "the scenario never finished without a refused allocation";

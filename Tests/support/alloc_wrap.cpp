@@ -43,8 +43,8 @@ struct LiveBlocks {
             return size;
         }
         if (p < found->first + found->second) {
-            std::fprintf(stderr, "free(%p): a pointer inside the live block %p of %zu bytes\n", block,
-                         static_cast<const void *>(found->first), found->second);
+            std::fprintf(stderr, "free(%p): a pointer inside the live block %p of %zu bytes\n",
+                         block, static_cast<const void *>(found->first), found->second);
             std::abort();
         }
         return 0;
@@ -63,8 +63,8 @@ LiveBlocks &live() {
 // Per thread, so that a refusal meant for the code under test never hits
 // another thread (a test's helpers, the fuzzer's own threads).
 struct ThreadState {
-    int64_t allocations = 0;     // allocations asked for on this thread
-    int64_t refuseAt = 0;        // absolute number to refuse, 0 for none
+    int64_t allocations = 0;  // allocations asked for on this thread
+    int64_t refuseAt = 0;     // absolute number to refuse, 0 for none
     bool refused = false;
 };
 thread_local ThreadState state;

@@ -10,10 +10,10 @@ using Atoms = std::vector<std::u16string>;
 const Atoms kNames = {u"a", u"item", u"x.y", u"_n-1", u"\u00E9l\u00E9ment", u"\u4E2D", u"b2"};
 const Atoms kPrefixes = {u"p", u"q", u"ns1", u"\u00E9"};
 const Atoms kUris = {u"urn:a", u"http://example.org/n", u"urn:x&amp;y", u"&#x75;rn", u""};
-const Atoms kText = {u"text", u" ", u"\n", u"\t", u"\r\n", u"]x", u">", u"'\"", u"\u00E9t\u00E9",
-                     u"\u4E2D\u6587"};
-const Atoms kReferences = {u"&lt;", u"&gt;", u"&amp;", u"&apos;", u"&quot;", u"&#65;",
-                           u"&#x4E2D;", u"&#60;", u"&#38;", u"&#9;", u"&#13;", u"&#xA;"};
+const Atoms kText = {u"text",          u" ",           u"\n", u"\t", u"\r\n", u"]x", u">", u"'\"",
+                     u"\u00E9t\u00E9", u"\u4E2D\u6587"};
+const Atoms kReferences = {u"&lt;",     u"&gt;",  u"&amp;", u"&apos;", u"&quot;", u"&#65;",
+                           u"&#x4E2D;", u"&#60;", u"&#38;", u"&#9;",   u"&#13;",  u"&#xA;"};
 const Atoms kCData = {u"<b>", u"&amp;", u"]]", u"x y", u"\u00E9", u"]", u"\n"};
 const Atoms kPIData = {u"data", u"a?b", u"<&>", u"'\"", u"\u00E9", u"?", u" "};
 const Atoms kComment = {u" note ", u"-x", u"<&>", u"\u00E9"};
@@ -47,7 +47,8 @@ std::u16string DocumentGenerator::run(const Atoms &atoms, uint32_t most) {
 
 // A target of xml and more is the declaration only at the very start.
 std::u16string DocumentGenerator::pi(bool inContent) {
-    const std::u16string target = inContent && random_.chance(10) ? u"xml-ish" : random_.pick(kNames);
+    const std::u16string target =
+        inContent && random_.chance(10) ? u"xml-ish" : random_.pick(kNames);
     if (random_.chance(30)) return u"<?" + target + u"?>";
     const std::u16string data = run(kPIData, 4);
     // White space ahead of the data is not kept: the data never begins with it.
@@ -93,7 +94,8 @@ void DocumentGenerator::element(std::u16string &out, uint32_t depth) {
     const std::u16string name = qualified();
     for (uint32_t n = random_.below(4); n > 0; --n) {
         const std::u16string attribute = random_.chance(10) ? u"xml:lang" : qualified();
-        if (std::find(names.begin(), names.end(), attribute) == names.end()) names.push_back(attribute);
+        if (std::find(names.begin(), names.end(), attribute) == names.end())
+            names.push_back(attribute);
     }
     for (std::size_t i = names.size(); i > 1; --i) {  // declarations anywhere in the tag
         std::swap(names[i - 1], names[random_.below(i)]);

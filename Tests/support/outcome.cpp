@@ -15,7 +15,8 @@ std::string outcome(std::string_view text) {
     std::string out;
     {
         Parsed parsed = parseUtf8(text);
-        out = parsed.document ? describe(parsed.document.get()) : errorAt(parsed.error.code, parsed.error.offset);
+        out = parsed.document ? describe(parsed.document.get())
+                              : errorAt(parsed.error.code, parsed.error.offset);
     }
     if (liveAllocations() != liveBefore) out += " (leaked)";
     return out;

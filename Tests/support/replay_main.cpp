@@ -36,7 +36,8 @@ int main(int argc, char **argv) {
             std::fprintf(stderr, "cannot read %s\n", input.c_str());
             return 1;
         }
-        const std::vector<char> bytes((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+        const std::vector<char> bytes((std::istreambuf_iterator<char>(in)),
+                                      std::istreambuf_iterator<char>());
         std::fprintf(stderr, "Running: %s\n", input.c_str());
         LLVMFuzzerTestOneInput(reinterpret_cast<const uint8_t *>(bytes.data()), bytes.size());
     }

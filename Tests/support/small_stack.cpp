@@ -15,7 +15,9 @@ void runOnSmallStack(const std::function<void()> &work, std::size_t bytes) {
         (*static_cast<const std::function<void()> *>(argument))();
         return nullptr;
     };
-    ASSERT_EQ(pthread_create(&thread, &attributes, entry, const_cast<std::function<void()> *>(&work)), 0);
+    ASSERT_EQ(
+        pthread_create(&thread, &attributes, entry, const_cast<std::function<void()> *>(&work)),
+        0);
     EXPECT_EQ(pthread_join(thread, nullptr), 0);
     pthread_attr_destroy(&attributes);
 }

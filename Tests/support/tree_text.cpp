@@ -35,7 +35,8 @@ std::string quoted(const UniChar *s) {
 }
 
 std::string qualified(const vrkNode *node, Names names) {
-    const std::string uri = node->namespaceURI == nullptr ? "" : "{" + namespaceName(node, names) + "}";
+    const std::string uri =
+        node->namespaceURI == nullptr ? "" : "{" + namespaceName(node, names) + "}";
     return uri + utf8(node->name);
 }
 
@@ -57,7 +58,8 @@ void append(std::string &out, const vrkNode *node, Names names) {
         out += ")";
     }
     const bool hasChildren = node->type == ELEMENT_NODE || node->type == DOCUMENT_NODE;
-    if (!hasChildren || node->firstChild == nullptr) return;  // a stray child of a leaf is not shown
+    if (!hasChildren || node->firstChild == nullptr)
+        return;  // a stray child of a leaf is not shown
     const char *separator = "[";
     for (const vrkNode *child = node->firstChild; child != nullptr; child = child->next) {
         out += separator;
@@ -79,10 +81,13 @@ std::string describe(const vrkNode *node, Names names) {
 std::string namespaceFields(const vrkNode *node, Names names) {
     std::string out;
     if (node->type == ELEMENT_NODE || node->type == ATTRIBUTE_NODE) {
-        out += utf8(node->prefix) + '|' + utf8(node->localName) + '|' + namespaceName(node, names) + ';';
+        out += utf8(node->prefix) + '|' + utf8(node->localName) + '|' +
+               namespaceName(node, names) + ';';
     }
-    for (const vrkNode *a = node->attributes.first; a != nullptr; a = a->next) out += namespaceFields(a, names);
-    for (const vrkNode *c = node->firstChild; c != nullptr; c = c->next) out += namespaceFields(c, names);
+    for (const vrkNode *a = node->attributes.first; a != nullptr; a = a->next)
+        out += namespaceFields(a, names);
+    for (const vrkNode *c = node->firstChild; c != nullptr; c = c->next)
+        out += namespaceFields(c, names);
     return out;
 }
 

@@ -90,7 +90,7 @@ TEST(NamespaceInternals, LookupsAndRefusedAllocations) {
     EXPECT_EQ(str(out), u"urn:p");
     EXPECT_EQ(getNameSpaceURI(&scope.context, q.data(), &out), 0);
     EXPECT_EQ(getNameSpaceURI(&scope.context, nullptr, &out), 0);  // no default declared
-    EXPECT_EQ(str(out), u"urn:p");                                   // untouched by a miss
+    EXPECT_EQ(str(out), u"urn:p");                                 // untouched by a miss
     // Every allocation of a resolution refused in turn: the refusal is
     // recorded and the node still releases everything.
     EXPECT_GT(forEachAllocationFailure([&](const AllocationRun &run) {
