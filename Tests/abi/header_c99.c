@@ -18,8 +18,9 @@ int main(void) {
              exception.code == 0 && vrkDOM_getNumberOfChildren(made) == 1;
     /* A refusal through a convenience names this file and line. */
     vrkNode_appendChild(root, made, &exception);
-    ok = ok && exception.code == ERR_HIERARCHY_REQUEST && strcmp(exception.callerFile, __FILE__) == 0 &&
-         exception.callerLine == __LINE__ - 2;
+    ok = ok && exception.code == ERR_HIERARCHY_REQUEST &&
+         strcmp(exception.callerFile, __FILE__) == 0 &&
+         exception.callerLine == __LINE__ - 3;
     vrkDOM_destroyNode(made, 1);
     if (document != NULL) vrkDOM_destroyNode(document, 1);
     else ok = ok && error.code != 0 && error.file != NULL;

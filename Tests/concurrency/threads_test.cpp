@@ -1,5 +1,6 @@
-// Threads parse, edit, write and destroy documents of their own at once and must write what one
-// thread writes.  The library keeps no global state: under ThreadSanitizer (scripts/tsan.sh) no report.
+// Threads parse, edit, write and destroy documents of their own at once and
+// must write what one thread writes.  The library keeps no global state:
+// under ThreadSanitizer (scripts/tsan.sh) no report.
 #include <cstdlib>
 #include <string>
 #include <thread>

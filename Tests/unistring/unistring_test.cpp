@@ -120,8 +120,9 @@ TEST(UniStringFamily, SearchesAndComparisons) {
 }
 
 TEST(Utf8Decode, OneSequenceAndWholeTexts) {
-    // One sequence (the encoder test decodes every unit's form).  No lead byte: the cursor stays.  Overlong
-    // forms, surrogates, four- to six-byte forms: read to the end, refused.  A bad continuation: stops on it.
+    // One sequence (the encoder test decodes every unit's form).  No lead
+    // byte: the cursor stays.  Overlong forms, surrogates, four- to six-byte
+    // forms: read to the end, refused.  A bad continuation: stops on it.
     struct Case {
         std::string bytes;
         UniChar result;

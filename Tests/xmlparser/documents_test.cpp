@@ -282,7 +282,8 @@ TEST(Documents, HundredThousandLevelsOnASmallStack) {
     EXPECT_EQ(wellFormed, kDepth - 1) << "levels with their sibling behind them";
     EXPECT_EQ(innermost, "a[{u}p:t]");
     EXPECT_EQ(liveAllocations(), liveBefore);
-    // Failures at the innermost level; a declaration on every level makes the lookup walk them all.
+    // Failures at the innermost level; a declaration on every level makes the
+    // lookup walk them all.
     for (const auto &[failing, expected] :
          std::initializer_list<std::pair<std::string, std::string>>{
              {repeat("<a>", kDepth) + "</b>" + repeat("</a>", kDepth),

@@ -1,14 +1,10 @@
 // Below a whole document: the parse entry (encoding detection, decoding,
 // the caller's buffer, failure records) and productions on a bare context.
 #include <algorithm>
-#include <array>
 #include <bit>
 #include <cstdlib>
 #include <cstring>
-#include <filesystem>
-#include <fstream>
 #include <memory>
-#include <sstream>
 #include <string_view>
 #include <vector>
 
@@ -156,65 +152,6 @@ TEST(ParseEntry, BufferSwappedInPlaceAndNeverCopiedForUtf16) {
             run.failingIndex() == 1 ? entryFailure(ERR_ENCODING_DECL, kCorrupt) : outOfMemory;
         EXPECT_EQ(got, run.failed() ? refused : noRoot(1));
     });
-}
-
-TEST(Productions, CharacterClassesAreExactlyTheTable) {
-    const std::filesystem::path path = VRKXML_CHAR_CLASSES;  // the ranges, kept beside this test
-    std::ifstream in(path);
-    ASSERT_TRUE(in) << "cannot read the character class table " << path;
-    const std::array<std::string, 5> names{"BaseChar", "Ideographic", "CombiningChar", "Digit",
-                                           "Extender"};
-    std::array<std::vector<bool>, 8> sets;  // the five, then Letter, NCNameChar, NameChar
-    sets.fill(std::vector<bool>(65536, false));
-    for (std::string line; std::getline(in, line);) {
-        if (line.empty() || line[0] == '#') continue;
-        std::string name;
-        std::string first;
-        std::string last;
-        std::istringstream(line) >> name >> first >> last;
-        const auto index =
-            static_cast<std::size_t>(std::find(names.begin(), names.end(), name) - names.begin());
-        ASSERT_LT(index, names.size()) << line;
-        for (unsigned long u = std::stoul(first, nullptr, 16); u <= std::stoul(last, nullptr, 16);
-             ++u)
-            sets[index][u] = true;
-    }
-    // Values and runs of each class, so that a damaged table shows.
-    const std::pair<int, int> sizes[] = {{13602, 201}, {20912, 3}, {437, 86}, {149, 15}, {18, 10}};
-    for (std::size_t i = 0; i < names.size(); ++i) {
-        int values = 0;
-        int runs = 0;
-        for (std::size_t u = 0; u < 65536; ++u) {
-            values += sets[i][u];
-            runs += sets[i][u] && (u == 0 || !sets[i][u - 1]);
-        }
-        EXPECT_EQ(values, sizes[i].first) << names[i] << " values";
-        EXPECT_EQ(runs, sizes[i].second) << names[i] << " runs";
-    }
-    for (std::size_t u = 0; u < 65536; ++u) {
-        sets[5][u] = sets[0][u] || sets[1][u];
-        sets[6][u] = sets[5][u] || sets[2][u] || sets[3][u] || sets[4][u] || u == '-' ||
-                     u == '.' || u == '_';
-        sets[7][u] = sets[6][u] || u == ':';
-    }
-    int32_t (*const produce[])(ProduceContext *) = {
-        Produce_BaseChar, Produce_Ideographic, Produce_CombiningChar, Produce_Digit,
-        Produce_Extender, Produce_Letter,      Produce_NCNameChar,    Produce_NameChar};
-    for (std::size_t p = 0; p < 8; ++p) {
-        std::ostringstream wrong;
-        int wrongCount = 0;
-        for (uint32_t value = 0; value < 65536; ++value) {
-            UniChar buffer[2] = {static_cast<UniChar>(value), 0};
-            ProduceContext context{};
-            context.cursor = context.textEnd = buffer;
-            const bool member = sets[p][value];
-            if ((produce[p](&context) != (member ? PRODUCE_OK : PRODUCE_NO_MATCH) ||
-                 context.cursor != buffer + member) &&
-                ++wrongCount <= 8)
-                wrong << " 0x" << std::hex << value;
-        }
-        EXPECT_EQ(wrongCount, 0) << "production " << p << " is wrong for" << wrong.str();
-    }
 }
 
 TEST(Productions, AttributeOnAContextGivenByACaller) {
