@@ -43,18 +43,24 @@ mkdir -p "$src"
 # install and embedding builds.
 slow='^(conformance|embed|install|abi|examples)\.|^TextLimits\.'
 
-# The scratch copy follows the working tree (tracked and new files); a
-# copied file gets a new time, so that whatever was built from an older
-# state of it is rebuilt.
+# The scratch copy follows the working tree (tracked and new files, and no
+# file the tree no longer has); a copied file gets a new time, so that
+# whatever was built from an older state of it is rebuilt.
 sync_sources() {
     local file
+    declare -A present=()
     while IFS= read -r -d '' file; do
         [[ -f $file ]] || continue
+        present[$file]=1
         if ! cmp -s "$file" "$src/$file"; then
             mkdir -p "$src/$(dirname "$file")"
             cp "$file" "$src/$file"
         fi
     done < <(git ls-files -z --cached --others --exclude-standard)
+    while IFS= read -r -d '' file; do
+        file=${file#"$src/"}
+        [[ -n ${present[$file]:-} ]] || rm "$src/$file"
+    done < <(find "$src" -type f -print0)
 }
 
 build_and_test() {
