@@ -1,8 +1,10 @@
 #!/usr/bin/env bash
 # Builds the fuzz targets into build-fuzz and runs each for SECONDS (default
-# 60) from the seed corpora; crash inputs are copied into
-# Fuzz/regressions/<target>/.  With --replay, runs every target over its
-# regressions instead.  Exits non-zero when any target crashed.
+# 60) from the seed corpora (generated, and the hand-made Fuzz/seeds); crash
+# inputs are copied into Fuzz/regressions/<target>/.  With --replay, runs
+# every target over its hand-made seeds and regressions instead (the test
+# suite replays the same without libFuzzer).  Exits non-zero when any target
+# crashed.
 #   usage: run.sh [SECONDS] | run.sh --replay
 set -uo pipefail
 here=$(cd "$(dirname "$0")" && pwd)
@@ -19,10 +21,12 @@ cmake -S "$here" -B "$build" -DCMAKE_CXX_COMPILER=clang++ -DCMAKE_C_COMPILER=cla
 status=0
 if [[ ${1:-} == --replay ]]; then
   for t in "${targets[@]}"; do
-    inputs=("$here/regressions/$t"/*)
-    if [[ ! -e ${inputs[0]} ]]; then echo "$t: no regressions"; continue; fi
+    inputs=()
+    for input in "$here/seeds/$t"/* "$here/regressions/$t"/*; do
+      [[ -f $input ]] && inputs+=("$input")
+    done
     if "$build/$t" "${inputs[@]}" > "$build/$t.replay.log" 2>&1; then
-      echo "$t: ${#inputs[@]} regression inputs pass"
+      echo "$t: ${#inputs[@]} seed and regression inputs pass"
     else
       echo "$t: CRASH (see $build/$t.replay.log)"
       grep -E "^(SUMMARY|fuzz check|==[0-9]+==ERROR)|^Running:" "$build/$t.replay.log" | tail -4
@@ -42,7 +46,7 @@ bash "$here/make_corpus.sh" "$build/corpus" "$suite"
 for t in "${targets[@]}"; do
   crashes=$build/crashes/$t
   rm -rf "$crashes" && mkdir -p "$crashes"
-  "$build/$t" "$build/corpus/$t" -dict="$here/xml.dict" -max_len=4096 -timeout=10 -rss_limit_mb=2048 \
+  "$build/$t" "$build/corpus/$t" "$here/seeds/$t" -dict="$here/xml.dict" -max_len=4096 -timeout=10 -rss_limit_mb=2048 \
     -max_total_time="$seconds" -print_final_stats=1 -artifact_prefix="$crashes/" > "$build/$t.log" 2>&1
   result=$?
   execs=$(grep -o 'stat::number_of_executed_units: [0-9]*' "$build/$t.log" | grep -o '[0-9]*$')
