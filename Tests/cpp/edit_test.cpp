@@ -69,6 +69,13 @@ TEST(CppEdit, NewNodesAndMovesKeepEveryNodeOwned) {
     EXPECT_FALSE(vrkxml::append(parsed.value().node(), refused.value()).ok());
     EXPECT_TRUE(refused.value());  // still the handle's, which destroys it
     EXPECT_EQ(vrkxml::makeElementNS("urn:x", "e").error().code, ERR_NAMESPACE);
+    EXPECT_EQ(vrkxml::makeElementNS("urn:x", "").error().code, ERR_NAMESPACE) << "no name";
+    // Appended to an empty element, a moved node keeps no sibling of its old place.
+    vrkNode *x = vrkxml::findChild(root, "e", "urn:x");
+    ASSERT_NE(x, nullptr);
+    vrkNode *c = vrkxml::findChild(b, "c");
+    ASSERT_TRUE(vrkxml::move(x, c).ok());
+    EXPECT_EQ(x->previous, nullptr) << "the old previous sibling stayed";
 }
 
 TEST(CppEdit, IndentBreaksElementOnlyContentAndKeepsText) {

@@ -53,6 +53,7 @@ TEST(CppText, ViewsSerializationAndUtf8Helpers) {
     EXPECT_EQ(vrkxml::toUtf8(units), utf8);
     EXPECT_EQ(vrkxml::fromUtf8(utf8), units);
     EXPECT_EQ(vrkxml::fromUtf8(""), u"");
+    EXPECT_EQ(vrkxml::fromUtf8("\xE0\xA4\x85"), u"\u0905") << "a three-byte form led by E0";
     // A lone surrogate is shown as U+FFFD.
     EXPECT_EQ(vrkxml::toUtf8(std::u16string{u'a', char16_t(0xD800), u'b'}),
               "a\xEF\xBF\xBD"

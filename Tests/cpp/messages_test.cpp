@@ -39,6 +39,9 @@ TEST(CppMessages, HintsNameTheCommonCauses) {
           {"<a>&#x1F600;</a>", "a character reference beyond U+FFFF is refused"},
           {"<a\xF0\x90\x80\x80/>", "U+10000 may stand in names since the fifth edition"},
           {"<?xml version='1.0' encoding='latin1'?><a/>", "iconv -f latin1 -t UTF-8"},
+          {"<p>&nbspZ;</p>", "&nbspZ; is not one of the five predefined entities"},
+          {"<p>1 <2</p>", "< must be written &lt;"},
+          {"<?xml?><a/>", "the XML declaration needs a version"},
           {"<a x/>", "every attribute has a quoted value"}}) {
         const auto parsed = vrkxml::parse(c.text);
         ASSERT_FALSE(parsed.ok()) << c.text;
