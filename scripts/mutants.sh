@@ -3,7 +3,11 @@
 # (scripts/mutants.txt) to a scratch copy of the sources, builds, runs the
 # fast tests and counts the fault as killed when they fail (or when it does
 # not build, reported apart), as survived when they pass.
-#   scripts/mutants.sh [--only N[,N...]] [--list FILE]
+#   scripts/mutants.sh [--only N[,N...]] [--list FILE] [--by-test]
+# --by-test runs every fast test on each fault (not only up to the first
+# failure) and ends with, for each test, the faults it kills and how many of
+# them no other test kills: a test whose own kills are all zero adds nothing
+# the others do not catch.
 # The scratch copy and its one build folder are build-mutants/ (kept between
 # runs, so that each fault recompiles one object and relinks); the sources
 # in the repository are never touched.  Prints "mutants: K killed of N" and
@@ -22,11 +26,13 @@ root=$PWD
 
 list=$root/scripts/mutants.txt
 only=""
+by_test=""
 while (($#)); do
     case $1 in
         --only) only=",$2,"; shift 2 ;;
         --list) list=$(realpath "$2"); shift 2 ;;
-        *) echo "usage: scripts/mutants.sh [--only N[,N...]] [--list FILE]" >&2; exit 2 ;;
+        --by-test) by_test=1; shift ;;
+        *) echo "usage: scripts/mutants.sh [--only N[,N...]] [--list FILE] [--by-test]" >&2; exit 2 ;;
     esac
 done
 bash scripts/bootstrap.sh test
@@ -65,14 +71,21 @@ sync_sources() {
 
 build_and_test() {
     cmake --build "$build" -j"$(nproc)" >>"$log" 2>&1 || return 2
-    (cd "$build" && ctest -j"$(nproc)" --timeout 120 --stop-on-failure -E "$slow") >>"$log" 2>&1 || return 1
+    local stop=--stop-on-failure
+    [[ -n $by_test ]] && stop=
+    rm -f "$build/Testing/Temporary/LastTestsFailed.log"
+    (cd "$build" && ctest -j"$(nproc)" --timeout 120 $stop -E "$slow") >>"$log" 2>&1 || return 1
     return 0
 }
 
 sync_sources
 # -O1 without the sanitizers: the test programs build and run fast, and
 # their wrapped malloc still sees every block a fault leaks.
-cmake -S "$src" -B "$build" -DCMAKE_BUILD_TYPE= -DCMAKE_CXX_FLAGS=-O1 -DCMAKE_C_FLAGS=-O1 -DVRKXML_BUILD_TESTS=ON \
+# Ninja when there is one: make's own walk over the targets costs seconds
+# per fault.
+generator=()
+[[ ! -f $build/CMakeCache.txt ]] && command -v ninja >/dev/null && generator=(-G Ninja)
+cmake -S "$src" -B "$build" "${generator[@]}" -DCMAKE_BUILD_TYPE= -DCMAKE_CXX_FLAGS=-O1 -DCMAKE_C_FLAGS=-O1 -DVRKXML_BUILD_TESTS=ON \
     -DVRKXML_SANITIZE=OFF -DVRKXML_WARNINGS_AS_ERRORS=OFF -DVRKXML_TEST_CONFORMANCE=OFF \
     -DVRKXML_INSTALL=OFF -DVRKXML_BUILD_EXAMPLES=OFF >>"$log" 2>&1
 echo "== unchanged sources" >>"$log"
@@ -102,6 +115,7 @@ files=() originals=() replacements=()
     done
 } < "$list"
 
+[[ -n $by_test ]] && : > "$scratch/kills"
 total=0 killed=0 unbuilt=0
 survivors=()
 for i in "${!files[@]}"; do
@@ -124,6 +138,10 @@ for i in "${!files[@]}"; do
     status=0
     build_and_test || status=$?
     printf '%s' "$text" > "$target"  # a new time: rebuilt with the next fault
+    if [[ -n $by_test && $status == 1 ]]; then
+        # Lines "number:name" of the tests that failed.
+        sed "s/^[0-9]*:/#$n /" "$build/Testing/Temporary/LastTestsFailed.log" >>"$scratch/kills"
+    fi
     case $status in
         0) survivors+=("#$n $file: '$original' -> '$replacement'"); verdict=survived ;;
         1) killed=$((killed + 1)); verdict=killed ;;
@@ -136,4 +154,19 @@ echo "mutants: $killed killed of $total ($unbuilt of them by a failed build)"
 if ((${#survivors[@]})); then
     echo "survivors:"
     printf '  %s\n' "${survivors[@]}"
+fi
+
+if [[ -n $by_test ]]; then
+    echo "kills by test (all, and those no other test makes):"
+    (cd "$build" && ctest -N -E "$slow") | sed -n 's/^ *Test *#[0-9]*: //p' |
+        sed 's/^/- /' | cat - "$scratch/kills" |
+    awk '$1 == "-" { tests[$2] = tests[$2]; next }
+         { tests[$2] = tests[$2] " " $1; count[$1]++ }
+         END {
+             for (t in tests) {
+                 n = split(tests[t], ids, " "); own = 0
+                 for (i = 1; i <= n; i++) if (count[ids[i]] == 1) own++
+                 printf "  %3d %3d %s\n", n, own, t
+             }
+         }' | sort -k2,2n -k1,1n
 fi
