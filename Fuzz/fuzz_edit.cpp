@@ -25,7 +25,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, std::size_t size) {
         return 0;
     }
     if (size < 3) return 0;
-    const std::size_t length = std::min<std::size_t>(static_cast<std::size_t>(data[1] | data[2] << 8), size - 3);
+    const std::size_t length =
+        std::min<std::size_t>(static_cast<std::size_t>(data[1] | data[2] << 8), size - 3);
     fuzz::Text text = fuzz::makeText(data[0], data + 3, length);
     vrkParseError error{};
     vrkNode *document = vrkDOM_parse(text.start, &error);

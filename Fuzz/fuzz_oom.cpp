@@ -30,7 +30,8 @@ Outcome parse(const fuzz::Text &original, int64_t refuseAt) {
     const int64_t liveBefore = vrktest::liveAllocations();
     if (refuseAt != 0) vrktest::refuseAllocation(refuseAt);
     vrkNode *document = nullptr;
-    outcome.allocations = vrktest::countAllocations([&] { document = vrkDOM_parse(text.start, &outcome.error); });
+    outcome.allocations =
+        vrktest::countAllocations([&] { document = vrkDOM_parse(text.start, &outcome.error); });
     outcome.refused = vrktest::allocationRefused();
     vrktest::stopRefusing();
     if (document != nullptr) {
@@ -40,7 +41,8 @@ Outcome parse(const fuzz::Text &original, int64_t refuseAt) {
     } else {
         fuzz::checkFailure(outcome.error, original);
     }
-    if (vrktest::liveAllocations() != liveBefore) fuzz::fail("blocks left allocated after the parse");
+    if (vrktest::liveAllocations() != liveBefore)
+        fuzz::fail("blocks left allocated after the parse");
     return outcome;
 }
 
@@ -61,12 +63,14 @@ int LLVMFuzzerTestOneInput(const uint8_t *data, std::size_t size) {
     const Outcome outcome = parse(text, refuseAt);
 
     if (outcome.refused) {
-        const bool utf8 = IdentifyCharacterEncoding(text.start, text.start[0] == 0 ? 1 : 2) == ENCODING_UTF8;
+        const bool utf8 =
+            IdentifyCharacterEncoding(text.start, text.start[0] == 0 ? 1 : 2) == ENCODING_UTF8;
         const bool copyRefused = utf8 && refuseAt == 1 && outcome.error.code == ERR_ENCODING_DECL;
         // An error found before the refusal stands: the first failure survives.
         const bool earlier = !reference.parsed && outcome.error.code == reference.error.code &&
                              outcome.error.offset == reference.error.offset;
-        if (outcome.parsed || (outcome.error.code != ERR_OUT_OF_MEMORY && !copyRefused && !earlier)) {
+        if (outcome.parsed ||
+            (outcome.error.code != ERR_OUT_OF_MEMORY && !copyRefused && !earlier)) {
             std::fprintf(stderr, "allocation %lld of %lld refused: parsed %d, code %d\n",
                          static_cast<long long>(refuseAt), static_cast<long long>(allocations),
                          outcome.parsed ? 1 : 0, outcome.error.code);

@@ -30,7 +30,8 @@ void check(const fuzz::Text &text, bool generated) {
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, std::size_t size) {
     if (const auto request = fuzz::generatedRequest(data, size)) {
-        for (unsigned k = 0; k < request->count; ++k) check(fuzz::generatedText(request->seed + k), true);
+        for (unsigned k = 0; k < request->count; ++k)
+            check(fuzz::generatedText(request->seed + k), true);
         return 0;
     }
     check(fuzz::fromInput(data, size), false);

@@ -27,12 +27,14 @@ std::vector<UniChar> decodeLeniently(const uint8_t *data, std::size_t size) {
         if (b >= 0xC0 && b < 0xE0 && i + 1 < size && continuation(data + i + 1)) {
             c = (b & 0x1Fu) << 6 | (data[i + 1] & 0x3Fu);
             length = 2;
-        } else if (b >= 0xE0 && b < 0xF0 && i + 2 < size && continuation(data + i + 1) && continuation(data + i + 2)) {
+        } else if (b >= 0xE0 && b < 0xF0 && i + 2 < size && continuation(data + i + 1) &&
+                   continuation(data + i + 2)) {
             c = (b & 0x0Fu) << 12 | (data[i + 1] & 0x3Fu) << 6 | (data[i + 2] & 0x3Fu);
             length = 3;
         } else if (b >= 0xF0 && b < 0xF5 && i + 3 < size && continuation(data + i + 1) &&
                    continuation(data + i + 2) && continuation(data + i + 3)) {
-            c = ((b & 0x07u) << 18 | (data[i + 1] & 0x3Fu) << 12 | (data[i + 2] & 0x3Fu) << 6 | (data[i + 3] & 0x3Fu)) %
+            c = ((b & 0x07u) << 18 | (data[i + 1] & 0x3Fu) << 12 | (data[i + 2] & 0x3Fu) << 6 |
+                 (data[i + 3] & 0x3Fu)) %
                 0x110000u;
             length = 4;
         }
@@ -68,7 +70,8 @@ int32_t measure(const unsigned char *start) {
         return units;
     }
     const int32_t decoded = vrkUTF8StrLen(reinterpret_cast<const char *>(start));
-    return decoded >= 0 ? decoded : static_cast<int32_t>(std::strlen(reinterpret_cast<const char *>(start)));
+    return decoded >= 0 ? decoded
+                        : static_cast<int32_t>(std::strlen(reinterpret_cast<const char *>(start)));
 }
 
 }  // namespace
@@ -94,11 +97,14 @@ Text makeText(uint8_t mode, const uint8_t *data, std::size_t size) {
         std::memcpy(text.start, data, n);
     } else {
         std::vector<UniChar> units = decodeLeniently(data, size);
-        if (mode == kNativeMark || mode == kSwappedMark || mode == kNativeMarkOdd) units.insert(units.begin(), 0xFEFF);
+        if (mode == kNativeMark || mode == kSwappedMark || mode == kNativeMarkOdd)
+            units.insert(units.begin(), 0xFEFF);
         const bool swap = mode == kSwapped || mode == kSwappedMark || mode == kSwappedOdd;
-        text = allocate((units.size() + 1) * sizeof(UniChar), mode == kNativeMarkOdd || mode == kSwappedOdd);
+        text = allocate((units.size() + 1) * sizeof(UniChar),
+                        mode == kNativeMarkOdd || mode == kSwappedOdd);
         for (std::size_t i = 0; i < units.size(); ++i) {
-            const UniChar unit = swap ? static_cast<UniChar>(units[i] << 8 | units[i] >> 8) : units[i];
+            const UniChar unit =
+                swap ? static_cast<UniChar>(units[i] << 8 | units[i] >> 8) : units[i];
             std::memcpy(text.start + 2 * i, &unit, sizeof unit);
         }
     }
@@ -114,39 +120,56 @@ Text fromInput(const uint8_t *data, std::size_t size) {
 std::optional<Generated> generatedRequest(const uint8_t *data, std::size_t size) {
     if (size < 2 || data[0] != 'G') return std::nullopt;
     Generated request{data[1] == 0 ? 1u : data[1], 0};
-    for (std::size_t i = 2; i < size && i < 10; ++i) request.seed |= uint64_t{data[i]} << (8 * (i - 2));
+    for (std::size_t i = 2; i < size && i < 10; ++i)
+        request.seed |= uint64_t{data[i]} << (8 * (i - 2));
     return request;
 }
 
 // Swapped UTF-16 without a mark begins with a zero byte, which ends the text.
-constexpr uint8_t kGeneratedModes[] = {kUtf8, kNative, kNativeMark, kSwappedMark, kNativeMarkOdd, kUtf8Odd};
+constexpr uint8_t kGeneratedModes[] = {kUtf8,        kNative,        kNativeMark,
+                                       kSwappedMark, kNativeMarkOdd, kUtf8Odd};
 
 uint8_t generatedMode(uint64_t seed) { return kGeneratedModes[seed % std::size(kGeneratedModes)]; }
 
 std::string generatedDocument(uint64_t seed) {
     const uint8_t mode = generatedMode(seed);
     const bool utf16 = mode != kUtf8 && mode != kUtf8Odd;
-    const std::u16string text = vrktest::DocumentGenerator(seed, utf16 && seed % 4 == 1).document(utf16);
+    const std::u16string text =
+        vrktest::DocumentGenerator(seed, utf16 && seed % 4 == 1).document(utf16);
     return (!utf16 && seed % 16 < 5 ? "\xEF\xBB\xBF" : "") + vrkxml::toUtf8(text);
 }
 
 Text generatedText(uint64_t seed) {
     const std::string bytes = generatedDocument(seed);
-    return makeText(generatedMode(seed), reinterpret_cast<const uint8_t *>(bytes.data()), bytes.size());
+    return makeText(generatedMode(seed), reinterpret_cast<const uint8_t *>(bytes.data()),
+                    bytes.size());
 }
 
 bool isParseCode(int32_t code) {
     switch (code) {
-    case ERR_OUT_OF_MEMORY: case ERR_XMLDECL_VERSION: case ERR_BAD_ENCODING: case ERR_XMLDECL_END:
-    case ERR_UNTERMINATED: case ERR_COMMENT_HYPHENS: case ERR_CLOSING_QUOTE: case ERR_ENCODING_DECL:
-    case ERR_NO_ROOT_ELEMENT: case ERR_END_TAG: case ERR_CHAR_REF: case ERR_ATTVALUE_END:
-    case ERR_NSATT_NAME: case ERR_EQ_MISSING: case ERR_OPENING_QUOTE: case ERR_DECL_VALUE:
-    case ERR_TAG_END: case ERR_ETAG_NAME: case ERR_UNDECLARED_PREFIX: case ERR_BAD_PI:
+    case ERR_OUT_OF_MEMORY:
+    case ERR_XMLDECL_VERSION:
+    case ERR_BAD_ENCODING:
+    case ERR_XMLDECL_END:
+    case ERR_UNTERMINATED:
+    case ERR_COMMENT_HYPHENS:
+    case ERR_CLOSING_QUOTE:
+    case ERR_ENCODING_DECL:
+    case ERR_NO_ROOT_ELEMENT:
+    case ERR_END_TAG:
+    case ERR_CHAR_REF:
+    case ERR_ATTVALUE_END:
+    case ERR_NSATT_NAME:
+    case ERR_EQ_MISSING:
+    case ERR_OPENING_QUOTE:
+    case ERR_DECL_VALUE:
+    case ERR_TAG_END:
+    case ERR_ETAG_NAME:
+    case ERR_UNDECLARED_PREFIX:
+    case ERR_BAD_PI:
     case ERR_DUPLICATE_ATTRIBUTE:
-    case ERR_TEXT_TOO_LONG:
-        return true;
-    default:
-        return false;
+    case ERR_TEXT_TOO_LONG: return true;
+    default: return false;
     }
 }
 

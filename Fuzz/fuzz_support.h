@@ -14,14 +14,14 @@ namespace fuzz {
 
 // How the bytes after the mode byte become the text handed to the parser.
 enum Mode : uint8_t {
-    kUtf8,            // the bytes as they are, up to the first zero byte
-    kNative,          // decoded leniently into units in the machine's order
-    kNativeMark,      // the same behind a byte order mark
-    kSwapped,         // units in the opposite order
-    kSwappedMark,     // the same behind a byte order mark
-    kNativeMarkOdd,   // native with a mark, starting at an odd address
-    kSwappedOdd,      // swapped without a mark, at an odd address
-    kUtf8Odd,         // UTF-8 at an odd address
+    kUtf8,           // the bytes as they are, up to the first zero byte
+    kNative,         // decoded leniently into units in the machine's order
+    kNativeMark,     // the same behind a byte order mark
+    kSwapped,        // units in the opposite order
+    kSwappedMark,    // the same behind a byte order mark
+    kNativeMarkOdd,  // native with a mark, starting at an odd address
+    kSwappedOdd,     // swapped without a mark, at an odd address
+    kUtf8Odd,        // UTF-8 at an odd address
     kModeCount
 };
 
@@ -30,8 +30,8 @@ enum Mode : uint8_t {
 struct Text {
     std::unique_ptr<unsigned char[]> block;
     unsigned char *start = nullptr;
-    std::size_t size = 0;   // bytes from start, terminator included
-    int32_t units = 0;      // length of the text as the parser counts it
+    std::size_t size = 0;  // bytes from start, terminator included
+    int32_t units = 0;     // length of the text as the parser counts it
     bool odd = false;
 
     Text copy() const;
