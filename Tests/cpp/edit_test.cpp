@@ -1,5 +1,5 @@
 // Editing through the C++ layer: attributes by name, elements by local name
-// and namespace, new nodes in owning handles, moves, indentation, and every
+// and namespace, new nodes in owning handles, moves, and every
 // refused allocation as an Error with nothing leaked.
 #include "vrkxml.hpp"
 
@@ -76,14 +76,6 @@ TEST(CppEdit, NewNodesAndMovesKeepEveryNodeOwned) {
     vrkNode *c = vrkxml::findChild(b, "c");
     ASSERT_TRUE(vrkxml::move(x, c).ok());
     EXPECT_EQ(x->previous, nullptr) << "the old previous sibling stayed";
-}
-
-TEST(CppEdit, IndentBreaksElementOnlyContentAndKeepsText) {
-    auto parsed = vrkxml::parse("<r>\n <a> x </a><b><?p?><c/></b>  </r>");
-    ASSERT_TRUE(parsed.ok());
-    ASSERT_TRUE(vrkxml::indent(parsed.value().node(), 1).ok());
-    EXPECT_EQ(written(parsed.value().node()),
-              "<r>\n <a> x </a>\n <b>\n  <?p?>\n  <c></c>\n </b>\n</r>\n");
 }
 
 TEST(CppEdit, RefusedAllocationsAreErrorsAndLeakNothing) {

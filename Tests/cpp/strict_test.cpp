@@ -1,5 +1,5 @@
-// The strict checks: each rule the library leaves unexamined refuses a
-// document the library accepts, and well-formed documents pass them all.
+// The strict checks: well-formed documents pass them all (what each refuses
+// is the tool's test and the conformance page's).
 #include "vrkxml.hpp"
 
 #include <gtest/gtest.h>
@@ -12,37 +12,6 @@ vrkxml::Result<vrkxml::Document> strictly(std::string_view text) {
     vrkxml::ParseOptions options;
     options.strict = true;
     return vrkxml::parse(text, options);
-}
-
-TEST(CppStrict, RefusesWhatTheLibraryAccepts) {
-    struct Case {
-        std::string_view text;
-        int32_t code;
-        int64_t offset;
-    };
-    for (const Case &c :
-         {Case{"<a/><b/>", vrkxml::errContentAfterRoot, 4},
-          {"<a/>\n<!-- c --> text", vrkxml::errContentAfterRoot, 16},
-          {"<a>\x01</a>", vrkxml::errNotACharacter, 3},
-          {"<a>\xEF\xBF\xBE</a>", vrkxml::errNotACharacter, 3},
-          {"<a b='1'c='2'/>", vrkxml::errAttributeSpace, 8},
-          {"<a xmlns:p='u' xmlns:q='u' p:x='' q:x=''/>", vrkxml::errDuplicateExpandedName, 34},
-          {"<a xmlns:xml='u'/>", vrkxml::errReservedName, 3},
-          {"<a xmlns:p='http://www.w3.org/2000/xmlns/'/>", vrkxml::errReservedName, 3},
-          {"<a xmlns='http://www.w3.org/XML/1998/namespace'/>", vrkxml::errReservedName, 3},
-          {"<xmlns:a/>", vrkxml::errReservedName, 1},
-          {"<XML:a/>", vrkxml::errReservedName, 1},
-          {"<a xmlns:p='u'><b xmlns:p=''/></a>", vrkxml::errEmptyNamespaceName, 18},
-          {"<a><?xml?></a>", vrkxml::errPITarget, 5},
-          {"<?a:b?><a/>", vrkxml::errPITarget, 3},
-          {"<?a+b?><a/>", vrkxml::errPITarget, 3},
-          {"<?xml version='1.0' encoding='UTF-16'?><a/>", vrkxml::errEncodingMismatch, 30}}) {
-        EXPECT_TRUE(vrkxml::parse(c.text).ok()) << c.text;
-        const auto parsed = strictly(c.text);
-        ASSERT_FALSE(parsed.ok()) << c.text;
-        EXPECT_EQ(parsed.error().code, c.code) << c.text << ": " << parsed.error().message;
-        EXPECT_EQ(parsed.error().offset, c.offset) << c.text;
-    }
 }
 
 TEST(CppStrict, PassesWellFormedDocuments) {
