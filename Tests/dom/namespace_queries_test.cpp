@@ -46,3 +46,16 @@ TEST(NamespaceQuery, TheNearestDeclarationAnswers) {
     EXPECT_EQ(prefixOf(e, u"urn:A"), "(null)") << "bound only by a default";
     EXPECT_EQ(DOM_getDeclaredNameSpacePrefix(nullptr, units(u"far").data()), nullptr);
 }
+
+TEST(NamespaceCreate, ARefusalNamesTheCaller) {
+    const Units uri = units(u"urn:x");
+    const Units name = units(u"p:local");
+    forEachAllocationFailure([&](const AllocationRun &run) {
+        vrkDOMException e{};
+        vrkNode *node = vrkDOMReal_createEANodeNS(kCaller, 77, ATTRIBUTE_NODE, uri.data(), 5,
+                                                  name.data(), 7, &e);
+        EXPECT_EQ(node == nullptr, run.failed());
+        if (run.failed()) expectRaised(e, ERR_OUT_OF_MEMORY, 77);
+        vrkDOM_destroyNode(node, 1);
+    });
+}

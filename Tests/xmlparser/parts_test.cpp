@@ -185,3 +185,61 @@ TEST(Documents, ManyAttributesUnderEveryRefusedAllocation) {
         }
     });
 }
+
+namespace {
+
+// A node named "e", with the prefix (null: none).
+vrkNode *named(int32_t type, const char16_t *prefix) {
+    const Units p = units(prefix == nullptr ? u"" : prefix);
+    const Units local = units(u"e");
+    vrkDOMException e{};
+    if (prefix == nullptr) return vrkDOMReal_createEANode("parts", 1, type, local.data(), 1, &e);
+    return vrkDOMReal_createEANodeNSP("parts", 1, type, nullptr, 0, p.data(),
+                                      static_cast<int32_t>(p.size() - 1), local.data(), 1, &e);
+}
+
+// resolveNameSpace's result, the code it left, and the node's namespace name.
+std::string resolved(ProduceContext &context, vrkNode *node) {
+    context.error = vrkParseError{};
+    const int32_t result = resolveNameSpace(&context, node);
+    std::string text = std::to_string(result) + " code " + std::to_string(context.error.code);
+    text += " {" + utf8(node->namespaceURI) + "}";
+    vrkDOM_destroyNode(node, 1);
+    return text;
+}
+
+}  // namespace
+
+// The exported namespace entries and token copy, which the parser itself no
+// longer calls, on a caller's context: p and the default declared.
+TEST(Productions, NamespaceEntriesAndTokenCopyForACaller) {
+    Bare bare(u"p urn:p urn:d");
+    UniChar *t = bare.text.data();
+    const Token prefix{t, t};
+    const Token none{nullptr, nullptr};
+    const Token uri{t + 2, t + 6};
+    const Token defaultUri{t + 8, t + 12};
+    ASSERT_EQ(pushNameSpaceStack(&bare.context, &prefix, &uri), 1);
+    ASSERT_EQ(pushNameSpaceStack(&bare.context, &none, &defaultUri), 1);
+    EXPECT_EQ(resolved(bare.context, named(ELEMENT_NODE, u"p")), "1 code 0 {urn:p}");
+    EXPECT_EQ(resolved(bare.context, named(ELEMENT_NODE, nullptr)), "1 code 0 {urn:d}");
+    EXPECT_EQ(resolved(bare.context, named(ATTRIBUTE_NODE, nullptr)), "1 code 0 {(null)}")
+        << "the default namespace is for elements only";
+    EXPECT_EQ(resolved(bare.context, named(ELEMENT_NODE, u"q")),
+              "0 code " + std::to_string(ERR_UNDECLARED_PREFIX) + " {(null)}");
+    forEachAllocationFailure([&](const AllocationRun &run) {
+        vrkNode *node = named(ELEMENT_NODE, u"p");
+        if (node == nullptr) return;
+        const std::string got = resolved(bare.context, node);
+        const std::string refused = "0 code " + std::to_string(ERR_OUT_OF_MEMORY);
+        EXPECT_EQ(got.substr(0, refused.size()), run.failed() ? refused : "1 code 0");
+    });
+    bare.context.depth = 0;
+    popNameSpaceStack(&bare.context);
+    forEachAllocationFailure([&](const AllocationRun &run) {
+        const Token token{t + 2, t + 6};
+        UniChar *copy = tokenToString(&token);
+        EXPECT_EQ(str(copy), run.failed() ? u"" : u"urn:p") << "a copy ends with a zero unit";
+        std::free(copy);
+    });
+}
