@@ -1,6 +1,6 @@
-// Making nodes: the fields each factory fills, setNodeValue, and a string
-// freed inside its node's block.  Child lists, attribute maps, refusals and
-// pending records are the edit model's (Fuzz/fuzz_edit).
+// Making and releasing nodes: the fields each factory fills, a refused
+// allocation, setNodeValue, and destroyNode at any depth.  Child lists,
+// attribute maps and pending records are the edit model's (Fuzz/fuzz_edit).
 #include <functional>
 
 #include "dom_test.h"
@@ -82,6 +82,23 @@ TEST(Factories, FieldsOfEachKind) {
     for (vrkNode *n : nodes) vrkDOM_destroyNode(n, 1);
 }
 
+TEST(Factories, ARefusedAllocationIsRecordedAndASuccessWritesNothing) {
+    for (const Factory &make : kFactories) {
+        SCOPED_TRACE("factory " + std::to_string(&make - kFactories));
+        forEachAllocationFailure([&](const AllocationRun &run) {
+            vrkDOMException e{0, "stale", -5, "stale", -5};
+            vrkNode *made = make(31, &e);
+            vrkDOM_destroyNode(made, 1);
+            if (!run.failed()) {
+                EXPECT_STREQ(e.file, "stale") << "a success wrote the record";
+                return;
+            }
+            EXPECT_EQ(made, nullptr);
+            expectRaised(e, ERR_OUT_OF_MEMORY, 31);
+        });
+    }
+}
+
 TEST(SetNodeValue, TakesItsOwnUnitsAndARefusalKeepsTheOldValue) {
     vrkNode *text = textNode(u"old value");
     vrkDOMException e{};
@@ -99,6 +116,47 @@ TEST(SetNodeValue, TakesItsOwnUnitsAndARefusalKeepsTheOldValue) {
         if (run.failed()) expectRaised(re, ERR_OUT_OF_MEMORY, 10);
         vrkDOM_destroyNode(n, 1);
     });
+}
+
+TEST(DestroyNode, ReleasesWhatEachKindOwnsAtAnyDepth) {
+    vrkDOM_destroyNode(nullptr, 1);
+    const int64_t baseline = liveAllocations();
+    vrkDOMException e{};
+    // Only elements and documents release children: a stray child of a leaf stays.
+    vrkNode *leaf = vrkDOMReal_createCDATASection(kCaller, 0, kData.data(), 1, &e);
+    vrkNode *stray = textNode(u"s");
+    leaf->firstChild = stray;
+    vrkDOM_destroyNode(leaf, 1);
+    EXPECT_EQ(liveAllocations(), baseline + 1) << "the stray child was released";
+    vrkDOM_destroyNode(stray, 1);
+    // An unknown kind: the node goes, a value in a block of its own stays.
+    vrkNode *unknown = textNode(u"v");
+    ASSERT_EQ(vrkNodeReal_setNodeValue(kCaller, 0, unknown, units(u"longer").data(), 6, &e), 1);
+    UniChar *kept = unknown->value;
+    unknown->type = 8;
+    vrkDOM_destroyNode(unknown, 1);
+    EXPECT_EQ(str(kept), u"longer");
+    std::free(kept);
+    // deep 0: the attributes go, the children stay.
+    vrkNode *el = element(u"e");
+    vrkNode *child = element(u"c");
+    vrkElementReal_setAttributeNode(kCaller, 0, el, attr(u"a"), &e);
+    vrkNodeReal_appendChild(kCaller, 0, el, child, &e);
+    vrkDOM_destroyNode(el, 0);
+    EXPECT_EQ(liveAllocations(), baseline + 1) << "deep 0 released more than the element";
+    vrkDOM_destroyNode(child, 1);
+    // A million levels, some with attributes and text, on a small stack.
+    vrkNode *top = vrkDOMReal_createDocument(kCaller, 0, &e);
+    vrkNode *last = top;
+    for (int i = 0; i < 1'000'000; ++i) {
+        last = vrkNodeReal_appendChild(kCaller, 0, last, element(u"n"), &e);
+        if (i % 100'000 != 0) continue;
+        vrkElementReal_setAttributeNode(kCaller, 0, last, attr(u"a"), &e);
+        vrkNodeReal_appendChild(kCaller, 0, last, textNode(u"t"), &e);
+    }
+    ASSERT_EQ(e.code, 0);
+    runOnSmallStack([top] { vrkDOM_destroyNode(top, 1); });
+    EXPECT_EQ(liveAllocations(), baseline) << "blocks left by the deep release";
 }
 
 // The test programs' free() stops on a pointer inside a live block: a node

@@ -1,5 +1,5 @@
-// Rewriting a prefix and merging text nodes: what each allocates and what a
-// refused allocation leaves behind.  Their results on
+// Rewriting a prefix, merging text nodes and copying one node: what each
+// allocates and what a refused allocation leaves behind.  Their results on
 // any tree are the edit model's (Fuzz/fuzz_edit).
 #include "dom_test.h"
 
@@ -58,6 +58,23 @@ TEST(SetPrefix, RewritesInPlaceUnlessLongerAndARefusalChangesNothing) {
     }
 }
 
+TEST(Normalize, MergesTheRunsBelowTheNodeOrBehindAText) {
+    // Each reference is a text node of its own.
+    Parsed parsed = parseUtf8("<r>a&amp;b<e>c&amp;d<![CDATA[i]]>j&#65;</e>l&amp;m</r>");
+    vrkNode *r = vrkDOM_getDocumentElement(parsed.document.get());
+    vrkNode *e = r->firstChild->next->next->next;
+    vrkDOMException ex{};
+    EXPECT_EQ(vrkNodeReal_normalize(kCaller, 0, nullptr, &ex), 1);
+    EXPECT_EQ(vrkNodeReal_normalize(kCaller, 0, e, &ex), 1);
+    EXPECT_EQ(describe(r), R"(r["a","&","b",e["c&d",C"i","jA"],"l","&","m"])") << "below e only";
+    EXPECT_EQ(vrkNodeReal_normalize(kCaller, 0, e->next, &ex), 1);
+    EXPECT_EQ(describe(r), R"(r["a","&","b",e["c&d",C"i","jA"],"l&","m"])") << "one more only";
+    vrkNode *first = r->firstChild;
+    EXPECT_EQ(vrkNodeReal_normalize(kCaller, 0, parsed.document.get(), &ex), 1);
+    EXPECT_EQ(r->firstChild, first) << "merged into the first node of a run";
+    EXPECT_EQ(describe(r), R"(r["a&b",e["c&d",C"i","jA"],"l&m"])");
+}
+
 TEST(Normalize, ARefusedGrowthKeepsTheMergesBeforeIt) {
     const char *const stages[] = {R"(r["a","&","b",e["c","&","d"]])",
                                   R"(r["a&","b",e["c","&","d"]])", R"(r["a&b",e["c","&","d"]])",
@@ -74,4 +91,29 @@ TEST(Normalize, ARefusedGrowthKeepsTheMergesBeforeIt) {
         EXPECT_EQ(describe(parsed.document->firstChild), stages[merged]);
         if (run.failed()) expectRaised(e, ERR_OUT_OF_MEMORY, 77);
     });
+}
+
+// Slow under valgrind (scripts/memcheck.sh leaves it out).
+TEST(Normalize, LongRunInOneResizePerNode) {
+    std::string text = "<a>";
+    for (int i = 0; i < 20'000; ++i) text += i % 2 ? "&#66;" : "&amp;";
+    Parsed parsed = parseUtf8(text + "</a>");
+    vrkNode *a = vrkDOM_getDocumentElement(parsed.document.get());
+    vrkDOMException e{};
+    EXPECT_EQ(countAllocations([&] { vrkNodeReal_normalize(kCaller, 0, a, &e); }), 19'999);
+    EXPECT_EQ(str(a->firstChild->value).size(), 20'000u);
+}
+
+TEST(CloneNode, ARefusalLeavesNothing) {
+    vrkNode *a = nsNode(ATTRIBUTE_NODE, u"urn:x", u"p", u"local");  // every string a node can own
+    vrkDOMException e{};
+    vrkNodeReal_setNodeValue(kCaller, 0, a, units(u"value").data(), 5, &e);
+    forEachAllocationFailure([&](const AllocationRun &run) {
+        vrkDOMException ex{};
+        vrkNode *copy = vrkNodeReal_cloneNode(kCaller, 55, a, 0, &ex);
+        EXPECT_EQ(copy == nullptr, run.failed());
+        if (run.failed()) expectRaised(ex, ERR_OUT_OF_MEMORY, 55);
+        vrkDOM_destroyNode(copy, 1);
+    });
+    vrkDOM_destroyNode(a, 0);
 }

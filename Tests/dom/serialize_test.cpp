@@ -1,5 +1,5 @@
-// The serializer: the UTF-8 buffer, unknown encodings, refused allocations
-// and very deep trees.  That any tree
+// The serializer: the calls of the write callback, escapes, the start node,
+// the UTF-8 buffer, refused allocations and very deep trees.  That any tree
 // comes back from what is written is the round-trip oracle's.
 #include <vector>
 
@@ -45,6 +45,29 @@ void setValue(vrkNode *node, std::u16string_view value) {
 
 }  // namespace
 
+TEST(Serialize, CallsForEachKindEscapesAndStartNodes) {
+    Parsed parsed = parseUtf8("<a b='1&lt;2' v='v'><?p?><?q d ?><![CDATA[x]]><c/>t<d>c</d></a>");
+    vrkNode *a = vrkDOM_getDocumentElement(parsed.document.get());
+    vrkNode *cdata = a->firstChild->next->next;
+    vrkNode *t = cdata->next->next;
+    setValue(cdata, u"<&]]>");
+    setValue(t, u"a<b>c&d'e\"f");
+    setValue(a->attributes.first->next, u"'q\"\t>&");
+    vrkDOMException e{};
+    vrkElementReal_setAttributeNode(kCaller, 0, a, attr(u"n"), &e);  // a null value
+    EXPECT_EQ(pieces(parsed.document.get()),
+              "<|a| |b|=\"|1|&lt;|2|\"| |v|=\"||&apos;|q|&quot;|\t|&gt;||&amp;|\"| |n|=\"|\"|>|"
+              "<?|p||?>|<?|q| |d |?>|<![CDATA[|<&]]>|]]>|<|c|>|</|c|>|"
+              "a|&lt;|b|&gt;|c|&amp;|d|&apos;|e|&quot;|f|<|d|>|c|</|d|>|</|a|>");
+    EXPECT_EQ(pieces(t->next->firstChild), "c") << "the parent's end tag does not come along";
+    EXPECT_EQ(pieces(nullptr), "");
+    setValue(t, u"");
+    EXPECT_EQ(pieces(t), "<|d|>|c|</|d|>") << "an empty text makes no call; siblings come along";
+    cdata->next->type = 5;  // an unknown kind writes nothing, not even its children
+    EXPECT_EQ(pieces(cdata->next), "<|d|>|c|</|d|>");
+    cdata->next->type = ELEMENT_NODE;
+}
+
 TEST(Serialize, Utf8UnitByUnitUtf16InPlaceAndUnknownEncodings) {
     Parsed parsed = parseUtf8("<a>t</a>");
     vrkNode *a = vrkDOM_getDocumentElement(parsed.document.get());
@@ -70,6 +93,9 @@ TEST(Serialize, Utf8UnitByUnitUtf16InPlaceAndUnknownEncodings) {
         EXPECT_EQ(result, 0) << "encoding " << encoding;
         EXPECT_EQ(made, 0) << "encoding " << encoding;
     }
+    SerializeBuffer none{nullptr, 0};  // the inner entry refuses them too, writing nothing
+    EXPECT_EQ(DOM_serializeImpl(a, ENCODING_UNKNOWN, &none, Recorder::write, &out), 0);
+    EXPECT_EQ(out.calls.size(), 11u) << "no call for an unknown encoding";
 }
 
 TEST(Serialize, ARefusedAllocationKeepsWhatWasWrittenAndStops) {

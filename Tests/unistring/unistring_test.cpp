@@ -251,6 +251,26 @@ TEST(Utf8Encode, EveryUnitAndStringLengthsAndConversions) {
     }
 }
 
+TEST(UniString, EveryAllocatingCallGivesNullWithoutMemory) {
+    Units text = units(u"a\u00E9\u20AC");
+    std::vector<std::function<void *()>> makes = {
+        [&] { return vrkunistrdup(text.data()); }, [&] { return unistrndup(text.data(), 2); },
+        [&] { return vrkUniCharArrayToString(text.data(), 0); },
+        [&] { return vrkUniCharStringToUTF8(text.data(), 0); },
+        [] { return vrkUTF8ToUniCharString("h\xC3\xA9", nullptr); }};
+    for (int32_t n : {-1, 0, 2, 10})
+        makes.push_back([&, n] { return vrkUniCharStringNToUTF8(text.data(), n, 0); });
+    for (const auto &make : makes) {
+        EXPECT_EQ(forEachAllocationFailure([&](const AllocationRun &run) {
+                      void *made = make();
+                      EXPECT_EQ(made == nullptr, run.failed());
+                      std::free(made);
+                  }),
+                  2)
+            << "maker " << &make - makes.data();
+    }
+}
+
 TEST(ByteOrder, ShouldSwapAndSwapAtAnyAddress) {
     const unsigned char pairs[][3] = {
         {0, 0xFE, 0xFF}, {0, 0xFF, 0xFE}, {0, 0xFE, 0xFE}, {0, 0xFF, 0xFF}, {0, 0xFE, 0}};

@@ -1,8 +1,6 @@
 // Whole documents: the tree each gives, or its error code and offset (in
-// units), with no block left behind (outcome() appends " (leaked)"); deep
-// and large documents, and every refused allocation.  The XML declaration,
-// attributes and namespace scopes are met by the replayed fuzz inputs and
-// the round-trip oracle.
+// units), with no block left behind (outcome() appends " (leaked)"); deep,
+// large and generated documents, and every refused allocation.
 #include <functional>
 #include <map>
 #include <string>
@@ -139,6 +137,126 @@ TEST(Documents, CommentsProcessingInstructionsAndMisc) {
     });
 }
 
+// The detected encoding decides whatever the declaration names; not at the very
+// start it is a refused PI; a pending declaration error wins unless there is no root.
+TEST(Documents, XmlDeclaration) {
+    expectOutcomes({
+        // clang-format off
+        {"<?xml version='2.0' ?><a/>", "a"}, {"<?xml version=\"abc_.:-Z9\"?><a/>", "a"},
+        {"<?xml\tversion='1.0'\nencoding='Utf-8'\r\nstandalone=\"yes\"?><a/>", "a"},
+        {"<?xml version='1.0' encoding=''?><a/>", "a"},
+        {"<?xml version='1.0' encoding='utf-16'?><a/>", "a"},
+        {"<?xml?><a/>", err(ERR_XMLDECL_VERSION, 5)},
+        {"<?xmlversion='1.0'?><a/>", err(ERR_XMLDECL_VERSION, 5)},
+        {"<?xml Version='1.0'?><a/>", err(ERR_XMLDECL_VERSION, 5)},
+        {"<?xml-stylesheet href='s'?><a/>", err(ERR_XMLDECL_VERSION, 5)},
+        {"<?xml version '1.0'?><a/>", err(ERR_EQ_MISSING, 13)},
+        {"<?xml version=1.0?><a/>", err(ERR_OPENING_QUOTE, 14)},
+        {"<?xml version=''?><a/>", err(ERR_DECL_VALUE, 15)},
+        {"<?xml version='1.0\"?><a/>", err(ERR_CLOSING_QUOTE, 18)},
+        {"<?xml version='1.0'  x?><a/>", err(ERR_XMLDECL_END, 21)},
+        {"<?xml version='1.0'encoding='UTF-8'?><a/>", err(ERR_XMLDECL_END, 19)},
+        {"<?xml version='1.0' encoding='UTF-8'standalone='no'?><a/>", err(ERR_XMLDECL_END, 36)},
+        {"<?xml version='1.0' standalone='yes' encoding='UTF-8'?><a/>", err(ERR_XMLDECL_END, 37)},
+        {"<?xml version='1.0' ?", err(ERR_XMLDECL_END, 20)},
+        {"<?xml version='1.0' encoding=UTF-8?><a/>", err(ERR_ENCODING_DECL, 29)},
+        {"<?xml version='1.0' encoding='ASCII'?><a/>", err(ERR_BAD_ENCODING, 30)},
+        {"<?xml version='1.0' encoding='a:b'?><a/>", err(ERR_CLOSING_QUOTE, 31)},
+        {"<?xml version='1.0' standalone=yes?><a/>", err(ERR_OPENING_QUOTE, 31)},
+        {"<?xml version='1.0' standalone='Yes'?><a/>", err(ERR_DECL_VALUE, 32)},
+        {"\xEF\xBB\xBF<?xml?><a/>", err(ERR_XMLDECL_VERSION, 6)},
+        {" <?xml version='1.0'?><a/>", err(ERR_BAD_PI, 3)},
+        {"<!----><?xml version='1.0'?><a/>", err(ERR_BAD_PI, 9)},
+        {"<?xml version='1.0' encoding?><a></b>", err(ERR_EQ_MISSING, 28)},
+        {"<?xml version='1.0' standalone?><a/>", err(ERR_EQ_MISSING, 30)},
+        {"<?xml version='1.0' encoding?> <!--c--> junk", err(ERR_NO_ROOT_ELEMENT, 40)},
+        // clang-format on
+    });
+    // The mark counts as one unit in UTF-16 as well.
+    Parsed wide =
+        parseUtf16(u"<?xml version='1.0' encoding='ascii'?><a/>", {.byteOrderMark = true});
+    EXPECT_EQ(err(wide.error.code, wide.error.offset), err(ERR_BAD_ENCODING, 31));
+}
+
+// Errors in the attribute list come before namespace resolution; duplicates
+// compare whole names exactly and fail behind the second value.
+TEST(Documents, Attributes) {
+    expectOutcomes({
+        // clang-format off
+        {"<a x='\">' y=\"'>\"/>", R"(a(x="\">" y="'>"))"},
+        {"<a\n\tx\r\n=\n\t'v'\n/>", R"(a(x="v"))"},
+        {"<a x='\t\n\r\x01\x1F&#9;&#10;&#13;'/>", "a(x=\"\t\n\r\x01\x1F\t\n\r\")"},
+        {"<a x='&lt;&#65;&#x42;&#x100000041;&quot;&apos;'/>", R"(a(x="<ABA\"'"))"},
+        {"<a x='&#38;amp;' y='&amp;lt;'/>", R"(a(x="&amp;" y="&lt;"))"},
+        {"<a x='1'y='2'/>", R"(a(x="1" y="2"))"}, {"<a A='1' a='2'/>", R"(a(A="1" a="2"))"},
+        // clang-format on
+        {"<a xmlns:p='u' p:a='1' xmlns:q='u' q:a='2'/>",
+         "a(" XMLNS R"(xmlns:p="u" {u}p:a="1" )" XMLNS R"(xmlns:q="u" {u}q:a="2"))"},
+        // clang-format off
+        {"<a x='x&y'/>", err(ERR_ATTVALUE_END, 7)}, {"<a x='&nope;'/>", err(ERR_ATTVALUE_END, 6)},
+        {"<a x='x<y'/>", err(ERR_ATTVALUE_END, 7)}, {"<a x='&#xD800;'/>", err(ERR_CHAR_REF, 14)},
+        {"<a x='abc", err(ERR_ATTVALUE_END, 9)}, {"<a x='\xC3\xA9&#65", err(ERR_CHAR_REF, 11)},
+        {"<a x=\"it's", err(ERR_ATTVALUE_END, 10)}, {"<a x=1/>", err(ERR_OPENING_QUOTE, 5)},
+        {"<a x/>", err(ERR_EQ_MISSING, 4)}, {"<a x  'v'/>", err(ERR_EQ_MISSING, 4)},
+        {"<a a:b:c='v'/>", err(ERR_EQ_MISSING, 6)}, {"<a a:='v'/>", err(ERR_TAG_END, 3)},
+        {"<a xmlns:='v'/>", err(ERR_NSATT_NAME, 9)},
+        {"<a xmlns:a:b='v'/>", err(ERR_EQ_MISSING, 10)},
+        {"<a xmlnsfoo='v'/>", err(ERR_EQ_MISSING, 8)},
+        {"<a p:x='1' y='&#1;'/>", err(ERR_CHAR_REF, 18)},
+        {"<a p:x='1' x='2' x='3'/>", err(ERR_DUPLICATE_ATTRIBUTE, 22)},
+        {"<p:a x='1'>&#1;</p:a>", err(ERR_UNDECLARED_PREFIX, 10)},
+        {"<a x='1' y='' x='1'>", err(ERR_DUPLICATE_ATTRIBUTE, 19)},
+        {"<a xmlns='u' xmlns='v'/>", err(ERR_DUPLICATE_ATTRIBUTE, 22)},
+        {"<a xmlns:p='u' p:x='1' p:x='1'/>", err(ERR_DUPLICATE_ATTRIBUTE, 30)},
+        // clang-format on
+    });
+    // Only the duplicate carries a message.
+    EXPECT_STREQ(parseUtf8("<a x='1' x='1'/>").error.message, "Duplicate attribute name.");
+    EXPECT_EQ(parseUtf8("<a x='&#1;' x='1'/>").error.message, nullptr);
+    EXPECT_EQ(parseUtf8("<a x/>").error.message, nullptr);
+}
+
+// Resolution follows the last attribute of a tag; the default applies to elements
+// only; reserved prefixes need no declaration, fold case and cannot be rebound; the
+// namespace name is the raw text; a pending failure wins over later ones.
+TEST(Documents, NamespaceScope) {
+    expectOutcomes({
+        {"<a xmlns='u' b='1'/>", "{u}a(xmlns=\"u\" b=\"1\")"},
+        {"<a xmlns:p=''><p:b/></a>", "a(" XMLNS "xmlns:p=\"\")[{}p:b]"},
+        {"<x p:a='1' xmlns:p='u'/>", "x({u}p:a=\"1\" " XMLNS "xmlns:p=\"u\")"},
+        {"<p:a xmlns:p='1'><p:b xmlns:p='2'><p:c/></p:b><p:d/></p:a>",
+         "{1}p:a(" XMLNS "xmlns:p=\"1\")[{2}p:b(" XMLNS "xmlns:p=\"2\")[{2}p:c],{1}p:d]"},
+        {"<a xmlns='1'><b xmlns='2'/><c xmlns=''><d/></c><e/></a>",
+         "{1}a(xmlns=\"1\")[{2}b(xmlns=\"2\"),{}c(xmlns=\"\")[{}d],{1}e]"},
+        {"<r><a xmlns='1'><b/></a><c/></r>", "r[{1}a(xmlns=\"1\")[{1}b],c]"},
+        {"<a xml:lang='en'><b XML:lang='de'/></a>",
+         "a(" XML_NS "xml:lang=\"en\")[b(" XML_NS "XML:lang=\"de\")]"},
+        {"<xmlns:a XMLNS:b='1'/>", "" XMLNS "xmlns:a(" XMLNS "XMLNS:b=\"1\")"},
+        {"<a xmlns:xml='u'><xml:b/></a>", "a(" XMLNS "xmlns:xml=\"u\")[" XML_NS "xml:b]"},
+        {"<a xmlns='a&amp;b' xmlns:p='&#x75;'><p:b/></a>",
+         "{a&amp;b}a(xmlns=\"a&b\" " XMLNS "xmlns:p=\"u\")[{&#x75;}p:b]"},
+        // clang-format off
+        {"<p:a/>", err(ERR_UNDECLARED_PREFIX, 4)},
+        {"<a p:b='1'/>", err(ERR_UNDECLARED_PREFIX, 10)},
+        {"<r><a xmlns:p='u'></a><p:b/></r>", err(ERR_UNDECLARED_PREFIX, 26)},
+        {"<a xmlns:p='u'><P:b/></a>", err(ERR_UNDECLARED_PREFIX, 19)},
+        {"<a xmlns:p='u'><pp:b/></a>", err(ERR_UNDECLARED_PREFIX, 20)},
+        {"<a XMLNS:p='u'><p:b/></a>", err(ERR_UNDECLARED_PREFIX, 19)},
+        {"<p:a ?>", err(ERR_UNDECLARED_PREFIX, 5)}, {"<p:a>text", err(ERR_UNDECLARED_PREFIX, 4)},
+        {"<a><p:b>x</p:b><c></d></a>", err(ERR_UNDECLARED_PREFIX, 7)},
+        {"<q:a xmlns:p='1' xmlns:p='2'/>", err(ERR_DUPLICATE_ATTRIBUTE, 28)},
+        // clang-format on
+    });
+    // prefix|localName|namespaceURI of every element and attribute.
+    Parsed parsed =
+        parseUtf8("<r><p:a xmlns:p='u' b='1' p:c='2'/><d xmlns='v'/><e xmlns=''/><f/></r>");
+    EXPECT_EQ(
+        namespaceFields(parsed.document.get()),
+        "(null)|(null)|(null);p|a|u;xmlns|p|http://www.w3.org/2000/xmlns/"
+        ";(null)|(null)|(null);p|c|u;"
+        "(null)|d|v;(null)|(null)|(null);(null)|e|;(null)|(null)|(null);(null)|(null)|(null);");
+}
+
 TEST(Documents, HundredThousandLevelsOnASmallStack) {
     // Every level but the innermost gets a sibling behind its end tag.
     const std::string text =
@@ -237,5 +355,56 @@ TEST(Documents, ManyAttributesKeepTheirOrderAndDuplicatesAreFound) {
         const std::string twice = tag + " a" + std::to_string((repeated * 7919) % 10007) + "='x'";
         EXPECT_EQ(outcome(twice + "/>"),
                   err(ERR_DUPLICATE_ATTRIBUTE, static_cast<int32_t>(twice.size())));
+    }
+}
+
+TEST(Documents, NamespaceLookupsMatchTheNearestDeclaration) {
+    // Six prefixes and the default declared and used at random, against a
+    // model keeping a stack of scopes.
+    Random random(11);
+    for (int round = 0; round < 30; ++round) {
+        std::string text;
+        std::string modelled;  // "{uri}" of each element in document order
+        using Scope = std::map<std::string, std::string>;
+        std::vector<std::pair<std::string, Scope>> open{{}};  // name, scope; root first
+        for (int made = 0; made < 300 && (made == 0 || open.size() > 1);) {
+            if (open.size() > 1 && (random.chance(40) || open.size() > 81)) {
+                text += "</" + open.back().first + ">";
+                open.pop_back();
+                continue;
+            }
+            auto scope = open.back().second;
+            std::string declarations;
+            for (int d = static_cast<int>(random.below(3)); d > 0; --d) {
+                const std::string prefix =
+                    random.chance(20) ? "" : "p" + std::to_string(random.below(6));
+                const std::string attribute = prefix.empty() ? "xmlns" : "xmlns:" + prefix;
+                if (declarations.find(" " + attribute + "=") != std::string::npos) continue;
+                scope[prefix] = "u" + std::to_string(made) + "_" + std::to_string(d);
+                declarations += " " + attribute + "='" + scope[prefix] + "'";
+            }
+            std::vector<std::string> usable{""};
+            for (const auto &entry : scope)
+                if (!entry.first.empty()) usable.push_back(entry.first);
+            const std::string prefix = random.pick(usable);
+            const std::string name = prefix.empty() ? "e" : prefix + ":e";
+            modelled +=
+                "{" + (scope.count(prefix) != 0 ? scope[prefix] : std::string("(null)")) + "}";
+            text += "<" + name + declarations + ">";
+            open.emplace_back(name, scope);
+            ++made;
+        }
+        for (; open.size() > 1; open.pop_back()) text += "</" + open.back().first + ">";
+        Parsed parsed = parseUtf8(text);
+        std::string actual;  // nesting stays below 82 levels: a recursive walk is safe
+        const std::function<void(const vrkNode *)> walk = [&](const vrkNode *node) {
+            for (; node != nullptr; node = node->next) {
+                actual += "{" + utf8(node->namespaceURI) + "}";
+                walk(node->firstChild);
+            }
+        };
+        ASSERT_NE(parsed.document, nullptr) << text;
+        walk(parsed.document->firstChild);
+        EXPECT_EQ(actual, modelled) << text;
     }
 }

@@ -1,5 +1,5 @@
-// Below a whole document: the parse entry's failure records and offsets,
-// and productions on a bare context.
+// Below a whole document: the parse entry (encoding detection, decoding,
+// the caller's buffer, failure records) and productions on a bare context.
 #include <algorithm>
 #include <bit>
 #include <cstdlib>
@@ -65,6 +65,30 @@ struct Bare {
 
 }  // namespace
 
+TEST(ParseEntry, IdentifiesTheEncodingFromTwoBytes) {
+    constexpr int32_t NO = ENCODING_UNKNOWN;
+    constexpr int32_t U8 = ENCODING_UTF8;
+    constexpr int32_t U16 = ENCODING_UTF16;
+    constexpr int32_t SW = ENCODING_UTF16_SWAPPED;
+    const struct {
+        unsigned char b0;
+        unsigned char b1;
+        int32_t length;
+        int32_t expected;
+    } rows[] = {{0xFF, 0xFE, 1, NO},   {0x3C, 0x00, 0, NO},  {0x3C, 0x00, -1, NO},
+                {0xFE, 0xFF, 2, SW},   {0xFF, 0xFE, 2, U16}, {0x00, 0x3C, 2, SW},
+                {0x3C, 0x00, 2, U16},  {0x00, 0x00, 2, U8},  {'a', 0x00, 2, U8},
+                {0xFE, 0xFE, 2, U8},   {0x08, 0x00, 2, U8},  {0x0E, 0x00, 2, U8},
+                {0xA0, 0x00, 2, U8},   {0x09, 0x00, 2, U16}, {0x0A, 0x00, 2, U16},
+                {0x0B, 0x00, 2, U16},  {0x0C, 0x00, 2, U16}, {0x0D, 0x00, 2, U16},
+                {0x20, 0x00, 99, U16}, {0x20, 'a', 2, U8},   {0x3C, 'a', 2, U8}};
+    for (const auto &row : rows) {  // a block of two bytes, whatever length claims
+        std::unique_ptr<unsigned char[]> bytes(new unsigned char[2]{row.b0, row.b1});
+        EXPECT_EQ(IdentifyCharacterEncoding(bytes.get(), row.length), row.expected)
+            << int{row.b0} << ' ' << int{row.b1} << " length " << row.length;
+    }
+}
+
 TEST(ParseEntry, FailureRecordsAndOffsetsInUnits) {
     const std::string bad = entryFailure(ERR_BAD_ENCODING, "Must be UTF-8 or UTF-16 encoding"),
                       corrupt = entryFailure(ERR_ENCODING_DECL, kCorrupt);
@@ -99,6 +123,35 @@ TEST(ParseEntry, FailureRecordsAndOffsetsInUnits) {
             for (std::u16string_view text : {u""sv, u"x"sv, u"<!DOCTYPE \U0001F600\u0100><a/>"sv})
                 EXPECT_EQ(record(parseUtf16(text, {form, true, odd})), noRoot(1));
     }
+}
+
+TEST(ParseEntry, BufferSwappedInPlaceAndNeverCopiedForUtf16) {
+    for (bool odd : {false, true}) {
+        std::vector<unsigned char> native;
+        std::vector<unsigned char> after;
+        const std::u16string_view text = u"<!DOCTYPE \u0100\u4E2D\u00FF><a/>";
+        EXPECT_EQ(record(parseUtf16Buffer(text, {Utf16Form::Native, true, odd}, native)),
+                  noRoot(1));
+        EXPECT_EQ(record(parseUtf16Buffer(text, {Utf16Form::Swapped, true, odd}, after)),
+                  noRoot(1));
+        EXPECT_EQ(after, native);  // every unit swapped, the mark too, and left so
+        vrkParseError error{};
+        EXPECT_EQ(vrkDOM_parse(after.data(), &error), nullptr);  // now read in place
+        EXPECT_EQ(error.offset, 1);
+        EXPECT_EQ(after, native);
+    }
+    // No copy of UTF-16 text: the document is all a parse of it allocates.
+    EXPECT_EQ(countAllocations([] { parseUtf16(u"x", {Utf16Form::Native, true, false}); }), 1);
+    EXPECT_EQ(countAllocations([] { parseUtf16(u"x", {Utf16Form::Swapped, true, true}); }), 1);
+    // UTF-8 is decoded into a copy first: its refusal is the entry's own error.
+    const std::string outOfMemory =
+        errorAt(ERR_OUT_OF_MEMORY, 0) + " Source/dom Source/xmlparser - caller line";
+    forEachAllocationFailure([&](const AllocationRun &run) {
+        const std::string got = record(parseBytes("\xEF\xBB\xBFx\0"sv));
+        const std::string refused =
+            run.failingIndex() == 1 ? entryFailure(ERR_ENCODING_DECL, kCorrupt) : outOfMemory;
+        EXPECT_EQ(got, run.failed() ? refused : noRoot(1));
+    });
 }
 
 TEST(Productions, AttributeOnAContextGivenByACaller) {
@@ -251,4 +304,39 @@ TEST(Productions, NamespaceEntriesAndTokenCopyForACaller) {
         EXPECT_EQ(copy == nullptr, run.failed());
         std::free(copy);
     });
+}
+
+// The exported character-class recognisers and the document production, which
+// the parser reaches through paths of its own: each takes one unit of its
+// class and moves the cursor by one, and refuses any other unit.
+TEST(Productions, CharacterClassesAndTheDocumentForACaller) {
+    using Production = int32_t (*)(ProduceContext *);
+    const struct {
+        Production produce;
+        char16_t taken;
+        char16_t refused;
+        const char *name;
+    } rows[] = {{Produce_BaseChar, u'a', u'1', "BaseChar"},
+                {Produce_Ideographic, u'\u4E00', u'a', "Ideographic"},
+                {Produce_CombiningChar, u'\u0300', u'a', "CombiningChar"},
+                {Produce_Digit, u'7', u'a', "Digit"},
+                {Produce_Extender, u'\u00B7', u'a', "Extender"},
+                {Produce_Letter, u'\u4E00', u'-', "Letter"},
+                {Produce_NCNameChar, u'-', u':', "NCNameChar"},
+                {Produce_NameChar, u':', u' ', "NameChar"}};
+    for (const auto &row : rows) {
+        Bare taken(std::u16string(1, row.taken) + u"x");
+        EXPECT_EQ(row.produce(&taken.context), PRODUCE_OK) << row.name;
+        EXPECT_EQ(taken.context.cursor, taken.text.data() + 1) << row.name;
+        Bare refused(std::u16string(1, row.refused) + u"x");
+        EXPECT_EQ(row.produce(&refused.context), PRODUCE_NO_MATCH) << row.name;
+        EXPECT_EQ(refused.context.cursor, refused.text.data()) << row.name;
+    }
+    Bare behind(u"a");  // a name character behind the text's end is no match
+    behind.context.cursor = behind.text.data() + 1;
+    EXPECT_EQ(Produce_NCNameChar(&behind.context), PRODUCE_NO_MATCH);
+    Bare document(u"<a/>");
+    ASSERT_EQ(Produce_document(&document.context), PRODUCE_OK);
+    EXPECT_EQ(describe(document.context.document), "#document[a]");
+    vrkDOM_destroyNode(document.context.document, 1);
 }
