@@ -58,6 +58,7 @@ TEST(NamespaceQuery, TheNearestDeclarationAnswers) {
     const vrkNode *c = b->firstChild;
     const vrkNode *e = c->next;
     EXPECT_EQ(declared(nullptr, 1, u"p"), "(null)");
+    EXPECT_EQ(utf8(vrkDOM_getDeclaredNameSpace(a, 0, nullptr, 0)), "(null)") << "no prefix";
     EXPECT_EQ(declared(parsed.document.get(), 1, u"p"), "(null)");
     EXPECT_EQ(declared(c, 0, u"p"), "near") << "q:p stands first on b, but declares nothing";
     EXPECT_EQ(declared(a, 0, u"p"), "far");

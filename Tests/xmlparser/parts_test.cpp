@@ -274,6 +274,9 @@ TEST(Productions, NamespaceEntriesAndTokenCopyForACaller) {
     const Token defaultUri{t + 8, t + 12};
     ASSERT_EQ(pushNameSpaceStack(&bare.context, &prefix, &uri), 1);
     ASSERT_EQ(pushNameSpaceStack(&bare.context, &none, &defaultUri), 1);
+    Bare empty(u"");
+    EXPECT_EQ(resolved(empty.context, named(ELEMENT_NODE, nullptr)), "0 code 0 {(null)}")
+        << "no default declared: no namespace and no error";
     EXPECT_EQ(resolved(bare.context, named(ELEMENT_NODE, u"p")), "1 code 0 {urn:p}");
     EXPECT_EQ(resolved(bare.context, named(ELEMENT_NODE, nullptr)), "1 code 0 {urn:d}");
     EXPECT_EQ(resolved(bare.context, named(ATTRIBUTE_NODE, nullptr)), "1 code 0 {(null)}")
@@ -323,7 +326,8 @@ TEST(Productions, CharacterClassesAndTheDocumentForACaller) {
                 {Produce_Extender, u'\u00B7', u'a', "Extender"},
                 {Produce_Letter, u'\u4E00', u'-', "Letter"},
                 {Produce_NCNameChar, u'-', u':', "NCNameChar"},
-                {Produce_NameChar, u':', u' ', "NameChar"}};
+                {Produce_NameChar, u':', u' ', "NameChar"},
+                {Produce_NameChar, u'a', u'>', "NameChar"}};
     for (const auto &row : rows) {
         Bare taken(std::u16string(1, row.taken) + u"x");
         EXPECT_EQ(row.produce(&taken.context), PRODUCE_OK) << row.name;
@@ -339,4 +343,20 @@ TEST(Productions, CharacterClassesAndTheDocumentForACaller) {
     ASSERT_EQ(Produce_document(&document.context), PRODUCE_OK);
     EXPECT_EQ(describe(document.context.document), "#document[a]");
     vrkDOM_destroyNode(document.context.document, 1);
+}
+
+// AttrValueRefResolve on a caller's value: references resolve in place, a &
+// that begins none is kept (the parser never hands one in).
+TEST(Productions, ValueResolutionKeepsAnAmpersandThatBeginsNoReference) {
+    for (const auto &[value, resolved] :
+         {std::pair<std::u16string, std::u16string>{u"a&lt;b&#x41;&amp;amp;", u"a<bA&amp;"},
+          {u"x&y&nope;&#;&#65&", u"x&y&nope;&#;&#65&"}}) {
+        Units copy = units(value);
+        auto *block = static_cast<UniChar *>(std::malloc(copy.size() * sizeof(UniChar)));
+        ASSERT_NE(block, nullptr);
+        std::copy(copy.begin(), copy.end(), block);
+        UniChar *out = AttrValueRefResolve(block);
+        EXPECT_EQ(str(out), resolved);
+        std::free(out);
+    }
 }
