@@ -15,11 +15,12 @@ extern "C" int LLVMFuzzerInitialize(int *, char ***) {
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, std::size_t size) {
     if (const auto request = fuzz::generatedRequest(data, size)) {
-        std::string text = fuzz::generatedDocument(request->seed) + '\0';
+        // In the form the seed picks: characters beyond 16 bits come as UTF-16.
+        fuzz::Text text = fuzz::generatedText(request->seed);
         vrktest::Random random(request->seed);
         vrktest::EditProgram program{nullptr, 0, &random};
         vrkParseError error{};
-        vrkNode *document = vrkDOM_parse(text.data(), &error);
+        vrkNode *document = vrkDOM_parse(text.start, &error);
         if (document == nullptr) fuzz::fail("a generated document does not parse");
         vrktest::runEdits(document, program, 16 * static_cast<int>(request->count));
         return 0;
