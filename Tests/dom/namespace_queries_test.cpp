@@ -1,25 +1,10 @@
-// Namespace-aware construction from a qualified name, and the declarations
-// a finished tree answers for a prefix or a namespace name.
+// The declarations a finished tree answers for a prefix or a namespace
+// name, and a refused namespace-aware construction.
 #include "dom_test.h"
 
 using namespace domtest;
 
 namespace {
-
-// Attribute `name` cut after `length` units (all: -1) in the first `uri`
-// units of "urn:xyz" (null: -1): "prefix|local|name|uri", or the code.
-std::string make(std::u16string_view name, int32_t length = -1, int32_t uri = 5) {
-    const Units space = units(u"urn:xyz");
-    vrkDOMException e{};
-    vrkNode *node = vrkDOMReal_createEANodeNS(
-        kCaller, 77, ATTRIBUTE_NODE, uri < 0 ? nullptr : space.data(), uri < 0 ? 0 : uri,
-        units(name).data(), length < 0 ? len(name) : length, &e);
-    if (node == nullptr) return "error " + std::to_string(e.code);
-    const std::string out = utf8(node->prefix) + "|" + utf8(node->localName) + "|" +
-                            utf8(node->name) + "|" + utf8(node->namespaceURI);
-    vrkDOM_destroyNode(node, 1);
-    return out;
-}
 
 std::string declared(const vrkNode *node, int32_t acceptDefault, std::u16string_view prefix,
                      int32_t length = -1) {
@@ -31,22 +16,6 @@ std::string prefixOf(const vrkNode *node, std::u16string_view uri) {
 }
 
 }  // namespace
-
-TEST(NamespaceCreate, SplitsOrRefusesTheQualifiedName) {
-    const std::string refused = "error " + std::to_string(ERR_NAMESPACE);
-    EXPECT_EQ(make(u"a:b", -1, -1), refused) << "no namespace name";
-    for (auto name : {u"b", u"a:", u":b", u"1a:b"}) EXPECT_EQ(make(name), refused) << "a prefix";
-    // What follows the first qualified name, or lies behind the length, is dropped.
-    EXPECT_EQ(make(u"a:b:c", 5), "a|b|a:b|urn:x");
-    EXPECT_EQ(make(u"a:b!", 4), "a|b|a:b|urn:x");
-    EXPECT_EQ(make(u"a:bc", 3), "a|b|a:b|urn:x");
-    EXPECT_EQ(make(u"a:bc", 4), "a|bc|a:bc|urn:x");
-    EXPECT_EQ(make(u"p:q", -1, 0), "p|q|p:q|") << "an empty namespace name is no null one";
-    forEachAllocationFailure([&](const AllocationRun &run) {
-        const std::string made = make(u"p:local");
-        EXPECT_EQ(made, run.failed() ? "error 1" : "p|local|p:local|urn:x");
-    });
-}
 
 TEST(NamespaceQuery, TheNearestDeclarationAnswers) {
     Parsed parsed = parseUtf8(
@@ -78,6 +47,7 @@ TEST(NamespaceQuery, TheNearestDeclarationAnswers) {
     EXPECT_EQ(prefixOf(a, u"near"), "(null)") << "declared below a";
     EXPECT_EQ(prefixOf(e, u"urn:A"), "(null)") << "bound only by a default";
     EXPECT_EQ(DOM_getDeclaredNameSpacePrefix(nullptr, units(u"far").data()), nullptr);
+    EXPECT_EQ(vrkDOM_getDocumentElement(nullptr), nullptr);
 }
 
 TEST(NamespaceCreate, ARefusalNamesTheCaller) {

