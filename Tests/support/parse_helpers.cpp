@@ -25,8 +25,7 @@ Parsed parseUtf8(std::string_view text) {
     return parsed;
 }
 
-Parsed parseUtf16Buffer(std::u16string_view text, Utf16Options options,
-                        std::vector<unsigned char> &bufferAfter) {
+Parsed parseUtf16(std::u16string_view text, Utf16Options options) {
     std::u16string units;
     if (options.byteOrderMark) units.push_back(u'\xFEFF');
     units.append(text);
@@ -46,13 +45,7 @@ Parsed parseUtf16Buffer(std::u16string_view text, Utf16Options options,
     }
     Parsed parsed{nullptr, poisonedError()};
     parsed.document.reset(vrkDOM_parse(buffer.get() + shift, &parsed.error));
-    bufferAfter.assign(buffer.get() + shift, buffer.get() + shift + bytes);
     return parsed;
-}
-
-Parsed parseUtf16(std::u16string_view text, Utf16Options options) {
-    std::vector<unsigned char> ignored;
-    return parseUtf16Buffer(text, options, ignored);
 }
 
 }  // namespace vrktest

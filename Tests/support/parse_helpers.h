@@ -4,7 +4,6 @@
 #include <memory>
 #include <string>
 #include <string_view>
-#include <vector>
 
 #include "vrkxml.h"
 
@@ -36,9 +35,5 @@ Parsed parseUtf8(std::string_view text);
 // Parses the units of text as UTF-16, in an exactly sized heap buffer (text,
 // an optional mark ahead of it, and a zero unit), at an odd address if asked.
 Parsed parseUtf16(std::u16string_view text, Utf16Options options = {});
-
-// The same, also handing back the caller's buffer as it stands afterwards.
-Parsed parseUtf16Buffer(std::u16string_view text, Utf16Options options,
-                        std::vector<unsigned char> &bufferAfter);
 
 }  // namespace vrktest
