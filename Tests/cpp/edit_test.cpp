@@ -83,7 +83,7 @@ TEST(CppEdit, RefusedAllocationsAreErrorsAndLeakNothing) {
         vrkxml::ParseOptions options;
         options.strict = true;
         auto parsed =
-            vrkxml::parse("<r xmlns:p='urn:p'><p:a k='v'>\xF0\x9F\x98\x80</p:a></r>", options);
+            vrkxml::parse("<r xmlns:p='urn:p'>\n<p:a k='v'>\xF0\x9F\x98\x80</p:a></r>", options);
         if (!parsed) {
             EXPECT_EQ(parsed.error().code, ERR_OUT_OF_MEMORY) << parsed.error().message;
             return;

@@ -27,8 +27,9 @@ void expectOutcomes(std::initializer_list<Case> cases) {
 }  // namespace
 
 // The tree a document gives, or its error code and offset in units (the caret
-// under the input marks it): CDATA and character references, "]]>" in text,
-// a standalone declaration, and processing instructions whose target is xml.
+// under the input marks it): CDATA and character references, a comment
+// ended by one hyphen, an end tag naming the start of the element's name,
+// "]]>" in text, a standalone declaration, processing instructions named xml.
 TEST(Documents, TreesAndErrorOffsets) {
     expectOutcomes({
         {"<?xml version='1.0' standalone='no'?><a>x<![CDATA[y]]>z</a>",
@@ -37,6 +38,10 @@ TEST(Documents, TreesAndErrorOffsets) {
          "a[?XmL\"\",?xml-stylesheet\"href='s'\"]"},
         {"<a><![CDATA[", err(ERR_UNTERMINATED, 12)},
         //            ^
+        {"<a><!--x-", err(ERR_UNTERMINATED, 9)},
+        //         ^
+        {"<ab></a>", err(ERR_END_TAG, 8)},
+        //        ^
         {"<a>x]]>y</a>", err(ERR_END_TAG, 4)},
         //    ^
         {"<a>&#65", err(ERR_CHAR_REF, 7)},

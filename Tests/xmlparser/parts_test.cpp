@@ -130,6 +130,7 @@ TEST(Productions, AttributeOnAContextGivenByACaller) {
     vrkDOMException exception{};
     Bare bare(u"x='1' y='2' x=\"3\" ='4'");
     Bare onText(u"x='1'");
+    const int64_t before = liveAllocations();
     vrkNode *element =
         vrkDOMReal_createEANode(__FILE__, __LINE__, ELEMENT_NODE, name, 1, &exception);
     bare.context.current = element;
@@ -148,6 +149,7 @@ TEST(Productions, AttributeOnAContextGivenByACaller) {
               errorAt(ERR_DUPLICATE_ATTRIBUTE, 17));
     EXPECT_EQ(describe(element), R"(e(x="3" y="2"))");
     vrkDOM_destroyNode(element, 1);
+    EXPECT_EQ(liveAllocations(), before) << "the displaced first x was left behind";
     // Regression: on a current that is no element the new attribute used to be left behind.
     vrkNode *text = vrkDOMReal_createTextNode(__FILE__, __LINE__, name, 1, &exception);
     onText.context.current = text;
