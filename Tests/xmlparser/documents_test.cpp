@@ -29,7 +29,8 @@ void expectOutcomes(std::initializer_list<Case> cases) {
 // The tree a document gives, or its error code and offset in units (the caret
 // under the input marks it): CDATA and character references, a comment
 // ended by one hyphen, an end tag naming the start of the element's name,
-// "]]>" in text, a standalone declaration, processing instructions named xml.
+// "]]>" in text, a standalone declaration, processing instructions cut short
+// or named xml.
 TEST(Documents, TreesAndErrorOffsets) {
     expectOutcomes({
         {"<?xml version='1.0' standalone='no'?><a>x<![CDATA[y]]>z</a>",
@@ -46,6 +47,8 @@ TEST(Documents, TreesAndErrorOffsets) {
         //    ^
         {"<a>&#65", err(ERR_CHAR_REF, 7)},
         //       ^
+        {"<a><?t data", err(ERR_BAD_PI, 11)},
+        //           ^
         {"<a><? t?></a>", err(ERR_BAD_PI, 5)},
         //     ^
         {"<a/><?xml\r?>", err(ERR_BAD_PI, 6)},
