@@ -10,6 +10,7 @@
 
 #include <gtest/gtest.h>
 
+#include "dom/dom_test.h"
 #include "support/alloc_fault.h"
 #include "support/outcome.h"
 #include "support/parse_helpers.h"
@@ -201,12 +202,8 @@ namespace {
 
 // A node named "e", with the prefix (null: none).
 vrkNode *named(int32_t type, const char16_t *prefix) {
-    const Units p = units(prefix == nullptr ? u"" : prefix);
-    const Units local = units(u"e");
-    vrkDOMException e{};
-    if (prefix == nullptr) return vrkDOMReal_createEANode("parts", 1, type, local.data(), 1, &e);
-    return vrkDOMReal_createEANodeNSP("parts", 1, type, nullptr, 0, p.data(),
-                                      static_cast<int32_t>(p.size() - 1), local.data(), 1, &e);
+    if (prefix == nullptr) return domtest::named(type, u"e");
+    return domtest::nsNode(type, nullptr, prefix, u"e");
 }
 
 // resolveNameSpace's result, the code it left, and the node's namespace name.
