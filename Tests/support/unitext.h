@@ -34,9 +34,4 @@ inline std::u16string str(const UniChar *s, std::size_t n) {
     return out;
 }
 
-// The text of a token (start to end inclusive).
-inline std::u16string str(const Token &token) {
-    return str(token.start, static_cast<std::size_t>(token.end - token.start + 1));
-}
-
 }  // namespace vrktest
