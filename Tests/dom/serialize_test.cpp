@@ -1,6 +1,7 @@
-// The serializer: the calls of the write callback, escapes, the start node,
-// the UTF-8 buffer, refused allocations and very deep trees.  That any tree
-// comes back from what is written is the round-trip oracle's.
+// The serializer: the calls of the write callback, the UTF-8 buffer, text
+// written in place, unknown encodings, refused allocations and very deep
+// trees.  Escapes, and that any tree comes back from what is written, are
+// the round-trip oracle's.
 #include <vector>
 
 #include "dom_test.h"
