@@ -127,13 +127,10 @@ TEST(ParseEntry, FailureRecordsAndOffsetsInUnits) {
 }
 
 TEST(Productions, AttributeOnAContextGivenByACaller) {
-    const UniChar name[] = {'e'};
-    vrkDOMException exception{};
     Bare bare(u"x='1' y='2' x=\"3\" ='4'");
     Bare onText(u"x='1'");
     const int64_t before = liveAllocations();
-    vrkNode *element =
-        vrkDOMReal_createEANode(__FILE__, __LINE__, ELEMENT_NODE, name, 1, &exception);
+    vrkNode *element = domtest::element(u"e");
     bare.context.current = element;
     std::string steps;  // result and cursor of each step
     for (int i = 0; i < 4; ++i) {
@@ -152,7 +149,7 @@ TEST(Productions, AttributeOnAContextGivenByACaller) {
     vrkDOM_destroyNode(element, 1);
     EXPECT_EQ(liveAllocations(), before) << "the displaced first x was left behind";
     // Regression: on a current that is no element the new attribute used to be left behind.
-    vrkNode *text = vrkDOMReal_createTextNode(__FILE__, __LINE__, name, 1, &exception);
+    vrkNode *text = domtest::textNode(u"e");
     onText.context.current = text;
     const int64_t live = liveAllocations();
     EXPECT_EQ(Produce_Attribute(&onText.context), PRODUCE_ERROR);
@@ -172,12 +169,8 @@ TEST(Productions, StartTagAndValueOnAContextGivenByACaller) {
     // Under a document that has its element, a second one is refused and not left over.
     Bare tag(u"<second a='1'/>");
     vrkDOMException exception{};
-    const UniChar name[] = {'r'};
-    vrkNode *document = vrkDOMReal_createDocument(__FILE__, __LINE__, &exception);
-    vrkNodeReal_appendChild(
-        __FILE__, __LINE__, document,
-        vrkDOMReal_createEANode(__FILE__, __LINE__, ELEMENT_NODE, name, 1, &exception),
-        &exception);
+    vrkNode *document = vrkDOM_createDocument(&exception);
+    vrkNode_appendChild(document, domtest::element(u"r"), &exception);
     tag.context.document = tag.context.current = document;
     const int64_t live = liveAllocations();
     int32_t hasContent = -1;
