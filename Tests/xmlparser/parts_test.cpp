@@ -6,7 +6,6 @@
 #include <cstring>
 #include <memory>
 #include <string_view>
-#include <vector>
 
 #include <gtest/gtest.h>
 
